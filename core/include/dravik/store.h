@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "dravik/review.h"
+
+namespace dravik {
+
+namespace ReviewStore {
+// An unreviewed document (revision 0, no edits) from a session manifest and its results file.
+ReviewDocument make(const std::filesystem::path& manifest, const std::filesystem::path& results);
+ReviewDocument load(const std::filesystem::path& file);
+// Refuses a saved review made for other detections or other photos than `raw`.
+void validate(const ReviewDocument& saved, const ReviewDocument& raw);
+// Writes atomically and durably. Refuses, writing nothing, when the file on disk is not at
+// `expectedRevision` (a file that exists while none was expected counts as changed elsewhere).
+void save(const ReviewDocument& document, const std::filesystem::path& file,
+          std::optional<std::int64_t> expectedRevision);
+// Resolves a manifest's photo path; refuses absolute paths and anything leading out of its folder.
+std::filesystem::path assetURL(const std::string& file, const std::filesystem::path& manifest);
+// "joint-review-" + the first 12 hex digits of the identity + ".json".
+std::string reviewFileName(const ReviewDocument& document);
+
+std::string encode(const ReviewDocument& document);
+ReviewDocument decode(std::string_view json, const std::string& fileLabel);
+} // namespace ReviewStore
+
+} // namespace dravik

@@ -1,0 +1,45 @@
+#!/usr/bin/env bash
+# Sets up a Debian 12 machine for Tessary, builds it, and then either opens the bundled
+# sample session (`run`) or runs every test (`test`).
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+packages=(
+    build-essential cmake ninja-build pkg-config git
+    nlohmann-json3-dev libjpeg62-turbo-dev libturbojpeg0-dev libpng-dev libexif-dev libssl-dev
+    libgtest-dev
+)
+
+install_missing() {
+    local missing=()
+    for p in "${packages[@]}"; do
+        dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "ok installed" || missing+=("$p")
+    done
+    [ ${#missing[@]} -eq 0 ] && return 0
+    local sudo=()
+    [ "$(id -u)" -eq 0 ] || sudo=(sudo)
+    echo "Installing: ${missing[*]}"
+    "${sudo[@]}" apt-get update -qq
+    DEBIAN_FRONTEND=noninteractive "${sudo[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"
+}
+
+build() {
+    cmake --preset default
+    cmake --build --preset default
+}
+
+case "${1:-}" in
+run)
+    install_missing
+    build
+    exec build/bin/tessary-inspect data/sample-session/session.json data/sample-session/results.json
+    ;;
+test)
+    install_missing
+    cmake --workflow --preset default
+    ;;
+*)
+    echo "usage: $0 run|test" >&2
+    exit 64
+    ;;
+esac
