@@ -7,7 +7,7 @@ cd "$(dirname "$0")/.."
 packages=(
     build-essential cmake ninja-build pkg-config git
     nlohmann-json3-dev libjpeg62-turbo-dev libturbojpeg0-dev libpng-dev libexif-dev libssl-dev
-    libgtest-dev
+    libgtest-dev qt6-base-dev xvfb xauth
 )
 
 install_missing() {

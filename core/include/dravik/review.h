@@ -6,11 +6,14 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "dravik/detection.h"
 #include "dravik/geometry.h"
 #include "dravik/joints.h"
+#include "dravik/lean.h"
+#include "dravik/pairs.h"
 #include "dravik/uuid.h"
 
 namespace dravik {
@@ -68,6 +71,24 @@ class ReviewDocument {
     void restore(std::size_t frame, const std::string& joint, const std::optional<JointEdit>& edit);
     void addRetry(std::size_t frame, const DetectionRetry& retry);
 
+    // Lean lines by frame id, and the reviewer's contexts by pair id. Storing or removing (none)
+    // raises the revision by one; the caller validates first (LeanAnnotation::validate).
+    const std::map<std::string, LeanAnnotation>& leanAnnotations() const { return leanAnnotations_; }
+    const LeanAnnotation* leanAnnotation(std::string_view frameID) const;
+    void setLeanAnnotation(const std::string& frameID, const std::optional<LeanAnnotation>& annotation);
+    const std::map<std::string, PairContext>& pairContexts() const { return pairContexts_; }
+    const PairContext* pairContext(std::string_view pairID) const;
+    void setPairContext(const std::string& pairID, const std::optional<PairContext>& context);
+    const std::map<std::string, LeanPairContext>& leanPairContexts() const { return leanPairContexts_; }
+    const LeanPairContext* leanPairContext(std::string_view pairID) const;
+    void setLeanPairContext(const std::string& pairID, const std::optional<LeanPairContext>& context);
+
+    // The photo assessment of each pair, copied from the manifest when the document is made.
+    const std::map<std::string, PairPhotoAssessment>& pairAssessments() const { return pairAssessments_; }
+    void setPairAssessments(std::map<std::string, PairPhotoAssessment> assessments) {
+        pairAssessments_ = std::move(assessments);
+    }
+
     bool operator==(const ReviewDocument&) const = default;
 
   private:
@@ -76,6 +97,10 @@ class ReviewDocument {
     std::string identity_;
     std::int64_t revision_ = 0;
     std::vector<ReviewFrame> frames_;
+    std::map<std::string, LeanAnnotation> leanAnnotations_;
+    std::map<std::string, PairContext> pairContexts_;
+    std::map<std::string, LeanPairContext> leanPairContexts_;
+    std::map<std::string, PairPhotoAssessment> pairAssessments_;
 };
 
 // One joint of one frame, as prepared by a canvas of one session.

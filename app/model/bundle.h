@@ -1,0 +1,26 @@
+#pragma once
+
+#include <filesystem>
+#include <string_view>
+
+namespace tessary {
+
+// The install root the application runs from: its resources and the batch program. The build
+// tree has the same layout, so an uninstalled build finds them the same way.
+class Bundle {
+  public:
+    explicit Bundle(std::filesystem::path root) : root_(std::move(root)) {}
+    // The root above the running executable's bin/ folder.
+    static Bundle fromApplication();
+
+    const std::filesystem::path& root() const { return root_; }
+    // A file of share/tessary/, such as "launch.json" or "data-directory.txt".
+    std::filesystem::path resourcePath(std::string_view name) const;
+    // libexec/tessary/dravik-batch
+    std::filesystem::path batchProgram() const;
+
+  private:
+    std::filesystem::path root_;
+};
+
+} // namespace tessary

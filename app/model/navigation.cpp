@@ -1,0 +1,93 @@
+#include "reviewer_model.h"
+
+#include <algorithm>
+
+namespace tessary {
+
+std::vector<std::string> ReviewerModel::shownFrames(const std::string& frameID,
+                                                    const std::optional<dravik::ReviewPair>& pair,
+                                                    bool compare) const {
+    return compare && pair ? pair->frameIDs : std::vector<std::string>{frameID};
+}
+
+void ReviewerModel::activate(const std::string& frameID) {
+    Batch batch(*this);
+    const auto visible = visibleIDs();
+    if (std::find(visible.begin(), visible.end(), frameID) == visible.end() || !frame(frameID) ||
+        activeFrameID_ == frameID)
+        return;
+    cancelInteraction();
+    assign(activeFrameID_, std::optional(frameID), navigationChange);
+}
+
+void ReviewerModel::selectFrame(std::int64_t index) {
+    Batch batch(*this);
+    const dravik::ReviewDocument* current = document();
+    if (isDetecting_ || !current || index < 0 ||
+        index >= static_cast<std::int64_t>(current->frames().size()))
+        return;
+    if (!save())
+        return;
+    const std::string frameID = current->frames()[static_cast<std::size_t>(index)].id;
+    const auto framePair = pairOf(frameID);
+    const bool keepCompare = compare_ && framePair && framePair->hasReference();
+    Photos loaded;
+    Snapshot next;
+    try {
+        loaded = imagesFor(shownFrames(frameID, framePair, keepCompare));
+        next = makeSnapshot(framePair ? std::optional(framePair->id) : std::nullopt,
+                            snapshot_->documentPointer);
+    } catch (const std::exception& failure) {
+        setError(failure.what());
+        return;
+    }
+    cancelInteraction();
+    assign(compare_, keepCompare, navigationChange);
+    setImages(std::move(loaded));
+    assign(activeFrameID_, std::optional(frameID), navigationChange);
+    setSnapshot(std::move(next));
+}
+
+void ReviewerModel::selectPair(const std::string& pairID) {
+    Batch batch(*this);
+    const dravik::ReviewDocument* current = document();
+    if (!current)
+        return;
+    for (const dravik::ReviewPair& candidate : pairs_)
+        if (candidate.id == pairID && !candidate.frameIDs.empty()) {
+            if (auto index = current->frameIndex(candidate.frameIDs.front()))
+                selectFrame(static_cast<std::int64_t>(*index));
+            return;
+        }
+}
+
+void ReviewerModel::setCompare(bool on) {
+    Batch batch(*this);
+    if (compare_ == on || isDetecting_ || !document() || !activeFrameID_)
+        return;
+    if (!save())
+        return;
+    const std::string frameID = *activeFrameID_;
+    const auto framePair = pairOf(frameID);
+    if (on && !(framePair && framePair->hasReference())) {
+        setMessage("No reference rider exists for this photograph. Single mode remains "
+                   "available.");
+        return;
+    }
+    Photos loaded;
+    Snapshot next;
+    try {
+        loaded = imagesFor(shownFrames(frameID, framePair, on));
+        next = makeSnapshot(on ? std::optional(framePair->id) : std::nullopt,
+                            snapshot_->documentPointer);
+    } catch (const std::exception& failure) {
+        setError(failure.what());
+        return;
+    }
+    cancelInteraction();
+    setImages(std::move(loaded));
+    assign(compare_, on, navigationChange);
+    setSnapshot(std::move(next));
+}
+
+} // namespace tessary

@@ -1,0 +1,104 @@
+#include "model_fixture.h"
+
+#include "dravik/store.h"
+#include "samplegen.h"
+
+#include <random>
+
+namespace tessary::test {
+
+namespace {
+
+// Generating photos is slow; every test gets a copy of one generated set.
+const fs::path& generated(const std::string& name, const samplegen::Options& options) {
+    static std::map<std::string, fs::path> folders;
+    static TemporaryFolder root;
+    auto found = folders.find(name);
+    if (found == folders.end()) {
+        const fs::path folder = root.path() / name;
+        samplegen::writeSession(folder, options);
+        found = folders.emplace(name, folder).first;
+    }
+    return found->second;
+}
+
+SessionFiles copied(const fs::path& source, const fs::path& folder) {
+    fs::create_directories(folder.parent_path());
+    fs::copy(source, folder, fs::copy_options::recursive);
+    return {folder, folder / "session.json", folder / "results.json"};
+}
+
+} // namespace
+
+TemporaryFolder::TemporaryFolder() {
+    std::random_device random;
+    path_ = fs::temp_directory_path() / ("tessary-app-test-" + std::to_string(random()));
+    fs::create_directories(path_);
+}
+
+TemporaryFolder::~TemporaryFolder() {
+    std::error_code ignored;
+    fs::remove_all(path_, ignored);
+}
+
+std::optional<fs::path> ScriptedChooser::chooseJson(const std::string& caption) {
+    captions.push_back(caption);
+    if (answers.empty())
+        return std::nullopt;
+    auto answer = answers.front();
+    answers.pop_front();
+    return answer;
+}
+
+fs::path SessionFiles::review() const {
+    return folder / dravik::ReviewStore::reviewFileName(raw());
+}
+
+dravik::ReviewDocument SessionFiles::raw() const {
+    return dravik::ReviewStore::make(manifest, results);
+}
+
+dravik::ReviewDocument SessionFiles::saved() const {
+    return dravik::ReviewStore::load(review());
+}
+
+SessionFiles bundledSession(const fs::path& folder) {
+    samplegen::Options options;
+    options.bundled = true;
+    return copied(generated("bundled", options), folder);
+}
+
+SessionFiles photoSession(const fs::path& folder, int photos) {
+    samplegen::Options options;
+    options.photos = photos;
+    options.megapixels = 0.1;
+    return copied(generated("photos-" + std::to_string(photos), options), folder);
+}
+
+ModelTest::ModelTest()
+    : chooser(std::make_shared<ScriptedChooser>()), model(Bundle(temp.path() / "bundle"), chooser) {
+}
+
+SessionFiles ModelTest::openBundled(const std::string& name) {
+    SessionFiles session = bundledSession(temp.path() / name);
+    model.load(session.manifest, session.results);
+    EXPECT_EQ(model.error(), std::nullopt);
+    return session;
+}
+
+std::int64_t ModelTest::indexOf(const std::string& frameID) const {
+    return static_cast<std::int64_t>(model.document()->frameIndex(frameID).value());
+}
+
+const dravik::ReviewFrame& ModelTest::frameOf(const std::string& frameID) const {
+    return *model.document()->frame(frameID);
+}
+
+std::optional<dravik::JointEdit> ModelTest::editOf(const std::string& frameID,
+                                                   const std::string& joint) const {
+    const auto& edits = frameOf(frameID).edits;
+    auto found = edits.find(joint);
+    return found == edits.end() ? std::nullopt : std::optional(found->second);
+}
+
+} // namespace tessary::test

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "dravik/review.h"
+#include "file_chooser.h"
+#include "reviewer_model.h"
+
+#include <deque>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tessary::test {
+
+namespace fs = std::filesystem;
+
+class TemporaryFolder {
+  public:
+    TemporaryFolder();
+    ~TemporaryFolder();
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+    const fs::path& path() const { return path_; }
+
+  private:
+    fs::path path_;
+};
+
+// Answers the model's file questions from a script; an exhausted script cancels.
+class ScriptedChooser : public FileChooser {
+  public:
+    std::optional<fs::path> chooseJson(const std::string& caption) override;
+    std::deque<std::optional<fs::path>> answers;
+    std::vector<std::string> captions;
+};
+
+struct SessionFiles {
+    fs::path folder;
+    fs::path manifest;
+    fs::path results;
+    fs::path review() const; // where the model keeps this session's review
+    dravik::ReviewDocument raw() const;
+    dravik::ReviewDocument saved() const; // the review as it is on disk
+};
+
+// The generated bundled sample: pair "turn-3" (subject Alex, reference Sam) and "turn-5"
+// (Alex alone), copied into `folder`.
+SessionFiles bundledSession(const fs::path& folder);
+// `photos` unpaired rider photos, copied into `folder`.
+SessionFiles photoSession(const fs::path& folder, int photos);
+
+inline const std::string alex3 = "turn-3/alex";
+inline const std::string sam3 = "turn-3/sam";
+inline const std::string alex5 = "turn-5/alex";
+
+class ModelTest : public ::testing::Test {
+  protected:
+    ModelTest();
+
+    // Opens a fresh copy of the bundled sample in a folder of its own; fails the test on error.
+    SessionFiles openBundled(const std::string& name = "session");
+    std::int64_t indexOf(const std::string& frameID) const;
+    const dravik::ReviewFrame& frameOf(const std::string& frameID) const;
+    std::optional<dravik::JointEdit> editOf(const std::string& frameID,
+                                            const std::string& joint) const;
+
+    TemporaryFolder temp;
+    std::shared_ptr<ScriptedChooser> chooser;
+    ReviewerModel model;
+};
+
+} // namespace tessary::test

@@ -1,0 +1,46 @@
+#include "dravik/detection.h"
+
+#include "json/document_io.h"
+#include "json/geometry_codec.h"
+
+namespace dravik {
+
+namespace {
+
+constexpr std::string_view format = "dravik-retry-request";
+constexpr std::string_view kind = "retry request";
+
+RetryRequest read(const json::Node& root) {
+    json::expectHeader(root, format, 1);
+    RetryRequest request;
+    json::Node source = root["source"];
+    request.source = source.nonEmptyString();
+    if (!std::filesystem::path(request.source).is_absolute())
+        source.fail("must be an absolute path");
+    request.sourceHash = json::readContentHash(root["sourceHash"]);
+    json::Node crop = root["crop"];
+    request.crop = json::readRect(crop);
+    if (request.crop.width <= 0 || request.crop.height <= 0)
+        crop.fail("must have a positive width and height");
+    return request;
+}
+
+} // namespace
+
+std::string RetryRequest::encode() const {
+    json::Json root = json::header(format, 1);
+    root["source"] = source;
+    root["sourceHash"] = sourceHash;
+    root["crop"] = json::write(crop);
+    return json::encodeDocument(root, kind, json::Layout::compact, read);
+}
+
+RetryRequest RetryRequest::decode(std::string_view text, const std::string& fileLabel) {
+    return json::decodeDocument(text, fileLabel, kind, read);
+}
+
+RetryRequest RetryRequest::load(const std::filesystem::path& file) {
+    return json::loadDocument(file, kind, read);
+}
+
+} // namespace dravik

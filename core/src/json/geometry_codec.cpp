@@ -1,0 +1,68 @@
+#include "json/geometry_codec.h"
+
+#include <limits>
+
+namespace dravik::json {
+
+Point2 readPoint(const Node& node) {
+    return {node["x"].number(), node["y"].number()};
+}
+
+Json write(const Point2& point) {
+    return Json{{"x", point.x}, {"y", point.y}};
+}
+
+PixelRect readRect(const Node& node) {
+    PixelRect rect{node["x"].number(), node["y"].number(), node["width"].number(),
+                   node["height"].number()};
+    if (rect.width < 0)
+        node["width"].fail("must not be negative");
+    if (rect.height < 0)
+        node["height"].fail("must not be negative");
+    return rect;
+}
+
+Json write(const PixelRect& rect) {
+    return Json{{"x", rect.x}, {"y", rect.y}, {"width", rect.width}, {"height", rect.height}};
+}
+
+ImageSize readImageSize(const Node& node) {
+    auto side = [&](std::string_view key) {
+        Node value = node[key];
+        std::int64_t n = value.integer();
+        if (n <= 0 || n > std::numeric_limits<int>::max())
+            value.fail("must be a positive whole number");
+        return static_cast<int>(n);
+    };
+    return {side("width"), side("height")};
+}
+
+Json write(const ImageSize& size) {
+    return Json{{"width", size.width}, {"height", size.height}};
+}
+
+void requireInside(const Node& node, const PixelRect& rect, const ImageSize& size) {
+    PixelRect image{0, 0, static_cast<double>(size.width), static_cast<double>(size.height)};
+    if (!image.contains(rect))
+        node.fail("must lie inside the " + std::to_string(size.width) + " × " +
+                  std::to_string(size.height) + " photo");
+}
+
+bool isContentHash(std::string_view text) {
+    constexpr std::string_view prefix = "sha256:";
+    if (text.size() != prefix.size() + 64 || text.substr(0, prefix.size()) != prefix)
+        return false;
+    for (char c : text.substr(prefix.size()))
+        if (!((c >= '0' && c <= '9') || (c >= 'a' && c <= 'f')))
+            return false;
+    return true;
+}
+
+std::string readContentHash(const Node& node) {
+    std::string text = node.string();
+    if (!isContentHash(text))
+        node.fail("must be \"sha256:\" followed by 64 lower-case hexadecimal digits");
+    return text;
+}
+
+} // namespace dravik::json

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "dravik/geometry.h"
+
+#include "json/json_reader.h"
+#include <string>
+#include <string_view>
+
+namespace dravik::json {
+
+// {"x", "y"}: finite numbers.
+Point2 readPoint(const Node& node);
+Json write(const Point2& point);
+
+// {"x", "y", "width", "height"}: finite numbers, width and height not negative.
+PixelRect readRect(const Node& node);
+Json write(const PixelRect& rect);
+
+// {"width", "height"}: positive whole numbers.
+ImageSize readImageSize(const Node& node);
+Json write(const ImageSize& size);
+
+// Fails unless `rect` lies inside an image of `size` (node is where the rectangle was read).
+void requireInside(const Node& node, const PixelRect& rect, const ImageSize& size);
+
+// "sha256:" + 64 lower-case hex digits.
+bool isContentHash(std::string_view text);
+std::string readContentHash(const Node& node);
+
+} // namespace dravik::json

@@ -1,0 +1,113 @@
+#include "dravik/manifest.h"
+
+#include "json/document_io.h"
+#include "json/geometry_codec.h"
+#include <set>
+
+namespace dravik {
+
+namespace {
+
+constexpr std::string_view format = "dravik-session";
+constexpr std::string_view kind = "session manifest";
+
+// Frame ids join the pair and rider ids with "/", so neither may hold one.
+std::string readID(const json::Node& node) {
+    std::string id = node.nonEmptyString();
+    if (id.find('/') != std::string::npos)
+        node.fail("must not contain \"/\"");
+    return id;
+}
+
+RiderInput readRider(const json::Node& node) {
+    RiderInput rider;
+    rider.id = readID(node["id"]);
+    json::Node role = node["role"];
+    rider.role = role.string();
+    if (rider.role != "subject" && rider.role != "reference")
+        role.fail("must be \"subject\" or \"reference\"");
+    rider.displayName = node["displayName"].string();
+    rider.file = node["file"].nonEmptyString();
+    rider.sourceHash = json::readContentHash(node["sourceHash"]);
+    rider.imageSize = json::readImageSize(node["imageSize"]);
+    json::Node panel = node["panel"];
+    rider.panel = json::readRect(panel);
+    json::requireInside(panel, rider.panel, rider.imageSize);
+    json::Node crop = node["crop"];
+    rider.crop = json::readRect(crop);
+    json::requireInside(crop, rider.crop, rider.imageSize);
+    return rider;
+}
+
+PairInput readPair(const json::Node& node) {
+    PairInput pair;
+    pair.id = readID(node["id"]);
+    pair.title = node["title"].string();
+    json::Node riders = node["riders"];
+    std::set<std::string> ids;
+    std::set<std::string> roles;
+    for (const json::Node& item : riders.items()) {
+        RiderInput rider = readRider(item);
+        if (!ids.insert(rider.id).second)
+            item["id"].fail("repeats the id of another rider of this pair");
+        if (!roles.insert(rider.role).second)
+            item["role"].fail("repeats the role of another rider of this pair");
+        pair.riders.push_back(std::move(rider));
+    }
+    // Two distinct roles already cap a pair at two riders.
+    if (pair.riders.empty())
+        riders.fail("must list at least one rider");
+    return pair;
+}
+
+SessionManifest read(const json::Node& root) {
+    json::expectHeader(root, format, 1);
+    SessionManifest manifest;
+    manifest.title = root["title"].string();
+    std::set<std::string> ids;
+    for (const json::Node& item : root["pairs"].items()) {
+        PairInput pair = readPair(item);
+        if (!ids.insert(pair.id).second)
+            item["id"].fail("repeats the id of another pair");
+        manifest.pairs.push_back(std::move(pair));
+    }
+    return manifest;
+}
+
+json::Json write(const RiderInput& rider) {
+    return json::Json{{"id", rider.id},
+                      {"role", rider.role},
+                      {"displayName", rider.displayName},
+                      {"file", rider.file},
+                      {"sourceHash", rider.sourceHash},
+                      {"imageSize", json::write(rider.imageSize)},
+                      {"panel", json::write(rider.panel)},
+                      {"crop", json::write(rider.crop)}};
+}
+
+} // namespace
+
+std::string SessionManifest::encode() const {
+    json::Json root = json::header(format, 1);
+    root["title"] = title;
+    json::Json list = json::Json::array();
+    for (const PairInput& pair : pairs) {
+        json::Json riders = json::Json::array();
+        for (const RiderInput& rider : pair.riders)
+            riders.push_back(write(rider));
+        list.push_back(
+            json::Json{{"id", pair.id}, {"title", pair.title}, {"riders", std::move(riders)}});
+    }
+    root["pairs"] = std::move(list);
+    return json::encodeDocument(root, kind, json::Layout::pretty, read);
+}
+
+SessionManifest SessionManifest::decode(std::string_view text, const std::string& fileLabel) {
+    return json::decodeDocument(text, fileLabel, kind, read);
+}
+
+SessionManifest SessionManifest::load(const std::filesystem::path& file) {
+    return json::loadDocument(file, kind, read);
+}
+
+} // namespace dravik

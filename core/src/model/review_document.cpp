@@ -1,0 +1,53 @@
+#include "dravik/error.h"
+#include "dravik/review.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace dravik {
+
+ReviewDocument::ReviewDocument(std::string identity, std::vector<ReviewFrame> frames,
+                               std::int64_t revision)
+    : identity_(std::move(identity)), revision_(revision), frames_(std::move(frames)) {}
+
+const ReviewFrame* ReviewDocument::frame(std::string_view id) const {
+    auto index = frameIndex(id);
+    return index ? &frames_[*index] : nullptr;
+}
+
+std::optional<std::size_t> ReviewDocument::frameIndex(std::string_view id) const {
+    auto it = std::find_if(frames_.begin(), frames_.end(),
+                           [&](const ReviewFrame& f) { return f.id == id; });
+    if (it == frames_.end())
+        return std::nullopt;
+    return static_cast<std::size_t>(it - frames_.begin());
+}
+
+ReviewFrame& ReviewDocument::mutableFrame(std::size_t index) {
+    if (index >= frames_.size())
+        throw DravikError("The review has no frame number " + std::to_string(index + 1) + ".");
+    if (revision_ == std::numeric_limits<std::int64_t>::max())
+        throw DravikError("The review has reached its highest revision number.");
+    return frames_[index];
+}
+
+// The frame operations check everything before they change anything, so a failure leaves both
+// the frame and the revision as they were.
+void ReviewDocument::setJoint(std::size_t frame, const std::string& joint,
+                              std::optional<Point2> point, JointReviewState state) {
+    mutableFrame(frame).setJoint(joint, point, state);
+    ++revision_;
+}
+
+void ReviewDocument::restore(std::size_t frame, const std::string& joint,
+                             const std::optional<JointEdit>& edit) {
+    mutableFrame(frame).restore(joint, edit);
+    ++revision_;
+}
+
+void ReviewDocument::addRetry(std::size_t frame, const DetectionRetry& retry) {
+    mutableFrame(frame).addRetry(retry);
+    ++revision_;
+}
+
+} // namespace dravik

@@ -1,0 +1,140 @@
+#include "store/atomic_file.h"
+
+#include "dravik/error.h"
+#include "store/io_failure.h"
+
+#include <array>
+#include <cerrno>
+#include <fcntl.h>
+#include <random>
+#include <sys/random.h>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace dravik {
+
+namespace {
+
+std::filesystem::path folderOf(const std::filesystem::path& path) {
+    auto folder = path.parent_path();
+    return folder.empty() ? std::filesystem::path(".") : folder;
+}
+
+std::string randomSuffix() {
+    static constexpr std::string_view alphabet =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789";
+    std::array<unsigned char, 8> bytes{};
+    if (::getrandom(bytes.data(), bytes.size(), GRND_NONBLOCK) !=
+        static_cast<ssize_t>(bytes.size())) {
+        std::random_device device;
+        for (auto& b : bytes)
+            b = static_cast<unsigned char>(device());
+    }
+    std::string suffix;
+    for (auto b : bytes)
+        suffix += alphabet[b % alphabet.size()];
+    return suffix;
+}
+
+// Like mkstemp, but created with 0666 so that the user's umask decides the final mode.
+int openTemporary(const std::filesystem::path& folder, const std::string& prefix,
+                  std::filesystem::path& temporary) {
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        temporary = folder / (prefix + randomSuffix());
+        const int fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (fd >= 0 || errno != EEXIST)
+            return fd;
+    }
+    errno = EEXIST;
+    return -1;
+}
+
+// Returns 0 or the errno of the failure; a short write is continued, never committed.
+int writeAll(int fd, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t written = ::write(fd, bytes.data(), bytes.size());
+        if (written < 0) {
+            if (errno == EINTR)
+                continue;
+            return errno;
+        }
+        if (written == 0)
+            return ENOSPC; // a regular file that accepts nothing is full
+        bytes.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return 0;
+}
+
+int syncData(int fd) {
+    while (::fdatasync(fd) != 0) {
+        if (errno != EINTR)
+            return errno;
+    }
+    return 0;
+}
+
+int syncFolder(const std::filesystem::path& folder) {
+    const int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0)
+        return errno;
+    int failure = 0;
+    while (::fsync(fd) != 0) {
+        if (errno == EINTR)
+            continue;
+        // Some file systems cannot sync a folder at all; the rename is as durable as they allow.
+        if (errno != EINVAL && errno != EROFS)
+            failure = errno;
+        break;
+    }
+    ::close(fd);
+    return failure;
+}
+
+} // namespace
+
+std::string temporaryPrefix(const std::filesystem::path& path) {
+    return "." + path.filename().string() + ".tmp-";
+}
+
+void writeFileAtomically(const std::filesystem::path& path, std::string_view bytes) {
+    const auto folder = folderOf(path);
+    std::filesystem::path temporary;
+    const int fd = openTemporary(folder, temporaryPrefix(path), temporary);
+    if (fd < 0)
+        throwWriteFailure(errno, path);
+
+    struct stat existing {};
+    if (::stat(path.c_str(), &existing) == 0 && S_ISREG(existing.st_mode))
+        ::fchmod(fd, existing.st_mode & 07777); // best effort: a lost mode is no reason to fail
+
+    int failure = writeAll(fd, bytes);
+    if (failure == 0)
+        failure = syncData(fd);
+    // Linux closes the descriptor even when close() reports EINTR, and the data is synced by now.
+    if (::close(fd) != 0 && failure == 0 && errno != EINTR)
+        failure = errno;
+    if (failure == 0 && ::rename(temporary.c_str(), path.c_str()) != 0)
+        failure = errno;
+    if (failure != 0) {
+        ::unlink(temporary.c_str());
+        throwWriteFailure(failure, path);
+    }
+    if (const int folderFailure = syncFolder(folder); folderFailure != 0)
+        throw DravikError(quotedName(path) + " was replaced, but its folder could not be synced (" +
+                          std::system_category().message(folderFailure) +
+                          "), so the change may not survive a power failure.");
+}
+
+void removeStaleTemporaries(const std::filesystem::path& path) {
+    const std::string prefix = temporaryPrefix(path);
+    std::error_code error;
+    for (std::filesystem::directory_iterator it(folderOf(path), error), end; !error && it != end;
+         it.increment(error)) {
+        const std::string name = it->path().filename().string();
+        if (name.starts_with(prefix) && it->is_regular_file(error))
+            ::unlink(it->path().c_str()); // best effort: a leftover costs space, not correctness
+    }
+}
+
+} // namespace dravik

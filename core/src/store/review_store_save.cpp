@@ -1,0 +1,83 @@
+#include "dravik/error.h"
+#include "dravik/store.h"
+#include "store/atomic_file.h"
+#include "store/file_lock.h"
+#include "store/io_failure.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace dravik {
+
+namespace {
+
+// The whole file, or none when it does not exist.
+std::optional<std::string> readIfPresent(const std::filesystem::path& file) {
+    const int fd = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) {
+        if (errno == ENOENT)
+            return std::nullopt;
+        const int error = errno;
+        throw DravikError("The review " + quotedName(file) + " exists but cannot be read (" +
+                          std::system_category().message(error) + "), so it was not overwritten.");
+    }
+    std::string bytes;
+    char buffer[65536];
+    for (;;) {
+        const ssize_t got = ::read(fd, buffer, sizeof buffer);
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got < 0) {
+            const int error = errno;
+            ::close(fd);
+            throw DravikError("The review " + quotedName(file) + " exists but cannot be read (" +
+                              std::system_category().message(error) +
+                              "), so it was not overwritten.");
+        }
+        if (got == 0)
+            break;
+        bytes.append(buffer, static_cast<std::size_t>(got));
+    }
+    ::close(fd);
+    return bytes;
+}
+
+// A file that is not a review this library can read (another format, a newer version, damage)
+// is refused rather than overwritten: it may be someone's work.
+std::optional<std::int64_t> revisionOnDisk(const std::filesystem::path& file) {
+    const auto bytes = readIfPresent(file);
+    if (!bytes)
+        return std::nullopt;
+    try {
+        return ReviewStore::decode(*bytes, file.filename().string()).revision();
+    } catch (const DravikError&) {
+        throw DravikError("The file " + quotedName(file) +
+                          " on disk is not a review that can be read here, so it was not " +
+                          "overwritten; nothing was saved.");
+    }
+}
+
+} // namespace
+
+// A missing file is written even when a revision was expected: nothing is overwritten, and
+// refusing would leave the reviewer's edits, now the only copy, with nowhere to go.
+void ReviewStore::save(const ReviewDocument& document, const std::filesystem::path& file,
+                       std::optional<std::int64_t> expectedRevision) {
+    const std::string bytes = encode(document); // refuses a bad document before touching the disk
+    const FileLock lock(file);
+    // Every writer holds the lock, so any temporary of ours left now belongs to a dead writer.
+    removeStaleTemporaries(file);
+    const auto onDisk = revisionOnDisk(file);
+    if (onDisk && !expectedRevision)
+        throw DravikError("The review " + quotedName(file) + " was created elsewhere (revision " +
+                          std::to_string(*onDisk) + " on disk, none expected); nothing was saved.");
+    if (onDisk && *onDisk != *expectedRevision)
+        throw DravikError("The review " + quotedName(file) + " was changed elsewhere (revision " +
+                          std::to_string(*onDisk) + " on disk, " +
+                          std::to_string(*expectedRevision) + " expected); nothing was saved.");
+    writeFileAtomically(file, bytes);
+}
+
+} // namespace dravik

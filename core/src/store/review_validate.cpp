@@ -1,0 +1,57 @@
+#include "dravik/store.h"
+
+#include "json/json_reader.h"
+
+namespace dravik {
+
+namespace {
+
+// What must not differ between a saved frame and the frame made afresh from the session.
+const char* firstDifference(const ReviewFrame& saved, const ReviewFrame& raw) {
+    if (saved.file != raw.file)
+        return "its photo file";
+    if (saved.sourceHash != raw.sourceHash)
+        return "its photo’s content hash";
+    if (saved.role != raw.role)
+        return "its role";
+    if (saved.imageSize != raw.imageSize)
+        return "its photo size";
+    if (saved.panel != raw.panel)
+        return "its panel";
+    if (saved.raw != raw.raw)
+        return "its detections";
+    return nullptr;
+}
+
+std::string savedLabel(const ReviewDocument& saved) {
+    try {
+        return json::quoted(ReviewStore::reviewFileName(saved));
+    } catch (const DravikError&) {
+        return "The saved review";
+    }
+}
+
+} // namespace
+
+void ReviewStore::validate(const ReviewDocument& saved, const ReviewDocument& raw) {
+    const std::string label = savedLabel(saved);
+    if (saved.identity() != raw.identity())
+        throw DravikError(label + " belongs to other detection results than this session’s.");
+    const auto& savedFrames = saved.frames();
+    const auto& rawFrames = raw.frames();
+    if (savedFrames.size() != rawFrames.size())
+        throw DravikError(label + " holds " + std::to_string(savedFrames.size()) +
+                          " frames, but the session has " + std::to_string(rawFrames.size()) + ".");
+    for (std::size_t i = 0; i < savedFrames.size(); ++i) {
+        const ReviewFrame& s = savedFrames[i];
+        const ReviewFrame& r = rawFrames[i];
+        if (s.id != r.id)
+            throw DravikError(label + " has the frame “" + s.id + "” where the session has “" +
+                              r.id + "”.");
+        if (const char* what = firstDifference(s, r))
+            throw DravikError(label + " does not match the session’s frame “" + s.id +
+                              "”: " + what + " differs.");
+    }
+}
+
+} // namespace dravik

@@ -1,0 +1,134 @@
+#include "dravik/error.h"
+#include "store/atomic_file.h"
+#include "store/file_lock.h"
+#include "test_support.h"
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <string>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+namespace fs = std::filesystem;
+using namespace dravik;
+
+namespace {
+
+struct AtomicFileTest : testing::Test {
+    dravik::test::TempDir temporary;
+    const fs::path& folder = temporary.path();
+
+    static std::string read(const fs::path& path) { return dravik::test::readText(path); }
+    std::vector<std::string> names() const {
+        std::vector<std::string> result;
+        for (const auto& entry : fs::directory_iterator(folder))
+            result.push_back(entry.path().filename().string());
+        std::sort(result.begin(), result.end());
+        return result;
+    }
+};
+
+TEST_F(AtomicFileTest, ReplacesContentKeepsModeAndLeavesOnlyTheFile) {
+    const auto file = folder / "request.json";
+    const std::string big(3'000'000, 'x');
+    writeFileAtomically(file, big);
+    EXPECT_EQ(read(file), big);
+
+    fs::permissions(file, fs::perms(0640));
+    writeFileAtomically(file, "{}");
+    EXPECT_EQ(read(file), "{}");
+    EXPECT_EQ(fs::status(file).permissions(), fs::perms(0640));
+    EXPECT_EQ(names(), std::vector<std::string>{"request.json"});
+}
+
+// A file size limit makes write() stop short and then fail: the cut-off content must never
+// replace the file.
+TEST_F(AtomicFileTest, ShortWriteNeverReplacesTheFile) {
+    const auto file = folder / "joint-review-abc.json";
+    writeFileAtomically(file, "previous");
+    rlimit old{};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &old), 0);
+    rlimit limited = old;
+    limited.rlim_cur = 100'000;
+    const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limited), 0);
+    try {
+        writeFileAtomically(file, std::string(250'000, 'x'));
+        ADD_FAILURE() << "a write past the size limit was accepted";
+    } catch (const DravikError& e) {
+        EXPECT_STREQ(e.what(), "\u201cjoint-review-abc.json\u201d could not be saved (File too "
+                               "large); nothing on disk was changed.");
+    }
+    ::setrlimit(RLIMIT_FSIZE, &old);
+    std::signal(SIGXFSZ, oldHandler);
+    EXPECT_EQ(read(file), "previous");
+    EXPECT_EQ(names(), std::vector<std::string>{"joint-review-abc.json"});
+}
+
+TEST_F(AtomicFileTest, NewFileFollowsTheUmask) {
+    const mode_t old = ::umask(027);
+    writeFileAtomically(folder / "a.json", "1");
+    ::umask(old);
+    EXPECT_EQ(fs::status(folder / "a.json").permissions(), fs::perms(0640));
+}
+
+TEST_F(AtomicFileTest, MissingFolderIsASentenceNamingTheFile) {
+    try {
+        writeFileAtomically(folder / "gone" / "result.json", "1");
+        FAIL() << "expected a DravikError";
+    } catch (const DravikError& e) {
+        EXPECT_STREQ(e.what(), "\u201cresult.json\u201d cannot be saved because its folder does "
+                               "not exist.");
+    }
+}
+
+TEST_F(AtomicFileTest, StaleTemporaryRemovalTouchesOnlyOurPrefix) {
+    const auto file = folder / "joint-review-abc.json";
+    std::ofstream(folder / ".joint-review-abc.json.tmp-Qx81zz") << "torn";
+    std::ofstream(folder / ".joint-review-abcd.json.tmp-Qx81zz") << "another file's";
+    std::ofstream(folder / "joint-review-abc.json") << "kept";
+    removeStaleTemporaries(file);
+    EXPECT_EQ(names(), (std::vector<std::string>{".joint-review-abcd.json.tmp-Qx81zz",
+                                                 "joint-review-abc.json"}));
+}
+
+TEST_F(AtomicFileTest, LockExcludesOtherProcessesUntilReleased) {
+    const auto file = folder / "joint-review-abc.json";
+    int ready[2];
+    ASSERT_EQ(::pipe(ready), 0);
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        FileLock held(file);
+        char byte = 1;
+        (void)!::write(ready[1], &byte, 1);
+        ::usleep(300'000);
+        ::_exit(0);
+    }
+    char byte = 0;
+    ASSERT_EQ(::read(ready[0], &byte, 1), 1);
+    try {
+        FileLock refused(file, std::chrono::milliseconds(50));
+        ADD_FAILURE() << "the lock was taken twice";
+    } catch (const DravikError& e) {
+        EXPECT_STREQ(e.what(), "\u201cjoint-review-abc.json\u201d is being saved by another "
+                               "program, so nothing was saved; try again in a moment.");
+    }
+    // Waiting long enough outlasts the holder.
+    const auto start = std::chrono::steady_clock::now();
+    { FileLock waited(file, std::chrono::seconds(5)); }
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(3));
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    ::close(ready[0]);
+    ::close(ready[1]);
+    EXPECT_TRUE(fs::exists(FileLock::lockPath(file)));
+}
+
+} // namespace

@@ -1,0 +1,238 @@
+#include "analysis/included_angle.h"
+#include "dravik/error.h"
+#include "pair_fixtures.h"
+
+#include <gtest/gtest.h>
+
+using namespace dravik;
+using namespace pairtest;
+
+namespace {
+
+constexpr std::size_t rider = 0, reference = 1;
+
+// A left turn, both elbows' views comparable, and the inside (left) arm reviewed in both photos.
+ReviewDocument leftTurn(double riderAngle, double referenceAngle) {
+    ReviewDocument document = pairDocument();
+    document.setPairContext("turn", comparableContext(CornerDirection::left));
+    reviewArm(document, rider, "left", armWithAngle(riderAngle));
+    reviewArm(document, reference, "left", armWithAngle(referenceAngle));
+    return document;
+}
+
+const PairObservation& observation(const PairReport& report, PairFeature feature) {
+    for (const PairObservation& o : report.observations)
+        if (o.feature == feature)
+            return o;
+    throw std::logic_error("no observation");
+}
+
+std::vector<std::string> bulletIDs(const PairReport& report) {
+    std::vector<std::string> ids;
+    for (const CoachingBullet& bullet : report.coaching)
+        ids.push_back(bullet.id);
+    return ids;
+}
+
+} // namespace
+
+TEST(IncludedAngle, MeasuresTheAngleAtTheMiddleJoint) {
+    EXPECT_DOUBLE_EQ(analysis::includedAngle({0, -100}, {0, 0}, {100, 0}), 90.0);
+    EXPECT_DOUBLE_EQ(analysis::includedAngle({-60, -80}, {0, 0}, {100, 0}),
+                     180.0 - 53.13010235415598);
+    EXPECT_DOUBLE_EQ(analysis::includedAngle({-100, 0}, {0, 0}, {100, 0}), 180.0);
+    EXPECT_NEAR(analysis::includedAngle({100, 1e-7}, {0, 0}, {100, 0}), 0.0, 1e-6);
+    // Mirroring the arm (the other side of the body) gives the same angle.
+    EXPECT_DOUBLE_EQ(analysis::includedAngle({60, -80}, {0, 0}, {-100, 0}),
+                     180.0 - 53.13010235415598);
+}
+
+TEST(PairAnalysisElbow, TheThresholdIsTenDegreesInclusive) {
+    PairReport atThreshold = analyze(leftTurn(90.0, 80.0));
+    const PairObservation& inside = observation(atThreshold, PairFeature::insideElbow);
+    ASSERT_TRUE(inside.difference);
+    EXPECT_NEAR(*inside.difference, 10.0, 1e-9);
+    EXPECT_EQ(bulletIDs(atThreshold), std::vector<std::string>{"leftElbow"});
+    EXPECT_EQ(atThreshold.coaching[0].feature, PairFeature::insideElbow);
+    EXPECT_EQ(atThreshold.coaching[0].headline, "Inside elbow: Rider’s arm is 10° straighter");
+    EXPECT_EQ(atThreshold.coaching[0].detail.rfind("Reviewed 2D angle 90° for Rider vs 80° for "
+                                                   "Reference rider. ",
+                                                   0),
+              0u);
+
+    // Arms drawn at 45° and 35° measure 9.99999999999999° apart in floating point: still ten.
+    EXPECT_EQ(analyze(leftTurn(45.0, 35.0)).coaching.size(), 1u);
+    EXPECT_TRUE(analyze(leftTurn(90.0, 80.1)).coaching.empty());
+    EXPECT_TRUE(analyze(leftTurn(80.1, 90.0)).coaching.empty());
+
+    PairReport moreBent = analyze(leftTurn(80.0, 90.0));
+    ASSERT_EQ(moreBent.coaching.size(), 1u);
+    EXPECT_EQ(moreBent.coaching[0].headline, "Inside elbow: Rider’s arm is 10° more bent");
+}
+
+TEST(PairAnalysisElbow, OnlyViewsMarkedComparableEarnABullet) {
+    for (ViewComparability views :
+         {ViewComparability::unreviewed, ViewComparability::notComparable}) {
+        ReviewDocument document = leftTurn(150, 120);
+        PairContext context = comparableContext(CornerDirection::left);
+        context.viewComparability["leftElbow"] = views;
+        document.setPairContext("turn", context);
+        PairReport report = analyze(document);
+        EXPECT_TRUE(report.coaching.empty());
+        EXPECT_EQ(observation(report, PairFeature::insideElbow).comparability, views);
+        // The measurement is still reported for the reviewer to judge.
+        EXPECT_NEAR(*observation(report, PairFeature::insideElbow).difference, 30.0, 1e-9);
+    }
+    ReviewDocument noContext = leftTurn(150, 120);
+    noContext.setPairContext("turn", std::nullopt);
+    noContext.setPairAssessments({{"turn", {CornerDirection::left, {}}}});
+    PairReport report = analyze(noContext);
+    EXPECT_EQ(report.effectiveCornerDirection, CornerDirection::left);
+    EXPECT_EQ(report.context, (PairContext{"turn", std::nullopt, std::nullopt, {}}));
+    EXPECT_TRUE(report.coaching.empty());
+}
+
+TEST(PairAnalysisElbow, NamesMissingReviewAndDegenerateGeometry) {
+    ReviewDocument document = leftTurn(120, 120);
+    // Rider's right (outside) arm: shoulder uncertain, elbow obscured, wrist never reviewed.
+    document.setJoint(rider, "right_shoulder", Point2{300, 300}, JointReviewState::uncertain);
+    document.setJoint(rider, "right_elbow", std::nullopt, JointReviewState::obscured);
+    // Reference's right arm: all reviewed, but the wrist lies 0.5 px from the elbow.
+    reviewArm(document, reference, "right", {{300, 300}, {300, 400}, {300.3, 400.4}},
+              JointReviewState::confirmedVisible);
+    PairReport report = analyze(document);
+
+    const PairObservation& outside = observation(report, PairFeature::outsideElbow);
+    EXPECT_EQ(outside.id, "rightElbow");
+    EXPECT_EQ(outside.rider.missingJoints,
+              (std::vector<std::string>{"right_shoulder", "right_elbow", "right_wrist"}));
+    EXPECT_FALSE(outside.rider.degenerate);
+    EXPECT_EQ(outside.rider.angle, std::nullopt);
+    EXPECT_TRUE(outside.reference.missingJoints.empty());
+    EXPECT_TRUE(outside.reference.degenerate);
+    EXPECT_EQ(outside.reference.angle, std::nullopt);
+    EXPECT_EQ(outside.difference, std::nullopt);
+
+    const PairObservation& inside = observation(report, PairFeature::insideElbow);
+    EXPECT_NEAR(*inside.rider.angle, 120.0, 1e-9);
+    EXPECT_NEAR(*inside.difference, 0.0, 1e-9);
+    EXPECT_EQ(report.focusPoints.size(), 1u);
+
+    // A 1 px segment is long enough.
+    reviewArm(document, reference, "right", {{300, 300}, {300, 400}, {301, 400}});
+    EXPECT_NEAR(*observation(analyze(document), PairFeature::outsideElbow).reference.angle, 90.0,
+                1e-9);
+}
+
+TEST(PairAnalysisDirection, FollowsTheOverrideThenThePhotoAssessment) {
+    ReviewDocument document = pairDocument();
+    reviewArm(document, rider, "left", armWithAngle(150));
+    reviewArm(document, reference, "left", armWithAngle(130));
+    reviewArm(document, rider, "right", armWithAngle(100));
+    reviewArm(document, reference, "right", armWithAngle(105));
+
+    // No direction anywhere: nothing is inside or outside, so nothing is observed or advised.
+    PairReport unknown = analyze(document);
+    EXPECT_EQ(unknown.effectiveCornerDirection, CornerDirection::unknown);
+    EXPECT_TRUE(unknown.observations.empty());
+    EXPECT_TRUE(unknown.focusPoints.empty());
+    EXPECT_TRUE(unknown.coaching.empty());
+
+    document.setPairAssessments({{"turn", {CornerDirection::right, {}}}});
+    PairReport right = analyze(document);
+    EXPECT_EQ(right.effectiveCornerDirection, CornerDirection::right);
+    EXPECT_EQ(observation(right, PairFeature::insideElbow).id, "rightElbow");
+    ASSERT_EQ(right.focusPoints.size(), 2u);
+    EXPECT_EQ(right.focusPoints[0].feature, PairFeature::outsideElbow); // |+20| before |−5|
+    EXPECT_NEAR(right.focusPoints[0].difference, 20.0, 1e-9);
+    EXPECT_NEAR(right.focusPoints[1].difference, -5.0, 1e-9);
+
+    document.setPairContext("turn", comparableContext(CornerDirection::left));
+    PairReport left = analyze(document);
+    EXPECT_EQ(left.effectiveCornerDirection, CornerDirection::left);
+    EXPECT_EQ(observation(left, PairFeature::insideElbow).id, "leftElbow");
+    EXPECT_EQ(bulletIDs(left), std::vector<std::string>{"leftElbow"});
+    EXPECT_EQ(left.coaching[0].feature, PairFeature::insideElbow);
+
+    // "Unknown" as an override states nothing: the photo assessment decides.
+    document.setPairContext("turn", comparableContext(CornerDirection::unknown));
+    EXPECT_EQ(analyze(document).effectiveCornerDirection, CornerDirection::right);
+}
+
+TEST(PairAnalysisKnees, BulletsComeOnlyFromAPlacedDifference) {
+    ReviewDocument document = pairDocument();
+    PairContext context = comparableContext(CornerDirection::right);
+    context.kneePlacements = std::map<PairFeature, KneePlacement>{
+        {PairFeature::insideKnee, KneePlacement::riderCloserIn},
+        {PairFeature::outsideKnee, KneePlacement::riderFurtherOut}};
+    document.setPairContext("turn", context);
+    PairReport report = analyze(document);
+    ASSERT_EQ(bulletIDs(report), (std::vector<std::string>{"insideKnee", "outsideKnee"}));
+    EXPECT_EQ(report.coaching[0].headline, "Inside knee: Rider’s knee is closer in");
+    EXPECT_EQ(report.coaching[1].headline, "Outside knee: Rider’s knee is further out");
+    // The bullet's feature highlights the knee on the side the turn makes inside.
+    EXPECT_EQ(joints(*report.coaching[0].feature, report.effectiveCornerDirection),
+              (std::vector<std::string>{"right_hip", "right_knee", "right_ankle"}));
+
+    for (KneePlacement none :
+         {KneePlacement::cannotCompare, KneePlacement::similar, KneePlacement::obscured}) {
+        context.kneePlacements = std::map<PairFeature, KneePlacement>{
+            {PairFeature::insideKnee, none}, {PairFeature::outsideKnee, none}};
+        document.setPairContext("turn", context);
+        EXPECT_TRUE(analyze(document).coaching.empty()) << rawValue(none);
+    }
+
+    // Placements made while no direction is known name no side of the body.
+    context.directionOverride.reset();
+    context.kneePlacements = std::map<PairFeature, KneePlacement>{
+        {PairFeature::insideKnee, KneePlacement::riderCloserIn}};
+    document.setPairContext("turn", context);
+    EXPECT_TRUE(analyze(document).coaching.empty());
+}
+
+TEST(PairAnalysisPhotoCoaching, ReplacesTheRulesUnlessTheOverrideContradictsIt) {
+    const PairPhotoAssessment photo{
+        CornerDirection::left,
+        {{"look", "Eyes to the exit", "Head turned further towards the exit.", std::nullopt}}};
+    ReviewDocument document = leftTurn(150, 120); // an elbow bullet under the rules
+    document.setPairAssessments({{"turn", photo}});
+
+    PairReport agreeing = analyze(document);
+    EXPECT_TRUE(agreeing.hasPhotoCoaching);
+    EXPECT_EQ(agreeing.coaching, photo.coaching);
+    EXPECT_EQ(agreeing.observations.size(), 2u); // the measurements stay available
+
+    document.setPairContext("turn", comparableContext(CornerDirection::right));
+    PairReport contradicted = analyze(document);
+    EXPECT_FALSE(contradicted.hasPhotoCoaching);
+    EXPECT_EQ(contradicted.effectiveCornerDirection, CornerDirection::right);
+    // The rules apply under the override: the reviewed left arm is now the outside one.
+    ASSERT_EQ(bulletIDs(contradicted), std::vector<std::string>{"leftElbow"});
+    EXPECT_EQ(contradicted.coaching[0].feature, PairFeature::outsideElbow);
+
+    // A photo review that saw no direction cannot be contradicted.
+    document.setPairAssessments({{"turn", {std::nullopt, photo.coaching}}});
+    PairReport undirected = analyze(document);
+    EXPECT_TRUE(undirected.hasPhotoCoaching);
+    EXPECT_EQ(undirected.effectiveCornerDirection, CornerDirection::right);
+
+    // Without a reference photo nothing is compared, but the photo review still applies.
+    ReviewPair alone{"turn", {"turn/rider"}};
+    PairReport single = PairAnalysis::analyze(document, alone, RuleCatalog::production());
+    EXPECT_TRUE(single.observations.empty());
+    EXPECT_TRUE(single.hasPhotoCoaching);
+}
+
+TEST(PairAnalysisReport, RefusesPairsNotInTheDocument) {
+    ReviewPair stranger{"turn", {"turn/rider", "turn/ghost"}};
+    try {
+        PairAnalysis::analyze(pairDocument(), stranger, RuleCatalog::production());
+        FAIL();
+    } catch (const DravikError& error) {
+        EXPECT_EQ(error.message(), "Pair “turn” names the photo “turn/ghost”, which is not in "
+                                   "“joint-review-aaaaaaaaaaaa.json”.");
+    }
+    EXPECT_THROW(
+        PairAnalysis::analyze(pairDocument(), ReviewPair{"turn", {}}, RuleCatalog::production()),
+        DravikError);
+}

@@ -1,0 +1,275 @@
+#include "photo_fixtures.h"
+
+// clang-format off
+#include <cstdio>
+#include <jpeglib.h>
+// clang-format on
+#include <atomic>
+#include <fstream>
+#include <iterator>
+#include <openssl/sha.h>
+#include <png.h>
+#include <stdexcept>
+#include <unistd.h>
+
+namespace photo_fixtures {
+
+Picture Picture::filled(int width, int height, const std::function<Rgb(int x, int y)>& colour) {
+    Picture picture{width, height, std::vector<std::uint8_t>(std::size_t(width) * height * 3)};
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            const Rgb c = colour(x, y);
+            std::uint8_t* p = &picture.rgb[(std::size_t(y) * width + x) * 3];
+            p[0] = c.r;
+            p[1] = c.g;
+            p[2] = c.b;
+        }
+    }
+    return picture;
+}
+
+Rgb Picture::at(int x, int y) const {
+    const std::uint8_t* p = &rgb[(std::size_t(y) * width + x) * 3];
+    return {p[0], p[1], p[2]};
+}
+
+std::vector<std::uint8_t> exifSegment(int orientation, bool bigEndian) {
+    auto u16 = [&](std::vector<std::uint8_t>& out, int v) {
+        if (bigEndian) {
+            out.push_back(std::uint8_t(v >> 8));
+            out.push_back(std::uint8_t(v));
+        } else {
+            out.push_back(std::uint8_t(v));
+            out.push_back(std::uint8_t(v >> 8));
+        }
+    };
+    auto u32 = [&](std::vector<std::uint8_t>& out, std::uint32_t v) {
+        if (bigEndian) {
+            u16(out, int(v >> 16));
+            u16(out, int(v & 0xffff));
+        } else {
+            u16(out, int(v & 0xffff));
+            u16(out, int(v >> 16));
+        }
+    };
+    std::vector<std::uint8_t> out = {'E', 'x', 'i', 'f', 0, 0};
+    out.push_back(bigEndian ? 'M' : 'I');
+    out.push_back(out.back());
+    u16(out, 42);
+    u32(out, 8); // IFD0 right after the header
+    u16(out, 1); // one entry
+    u16(out, 0x0112);
+    u16(out, 3); // SHORT
+    u32(out, 1);
+    u16(out, orientation);
+    u16(out, 0); // the value field is four bytes
+    u32(out, 0); // no next IFD
+    return out;
+}
+
+std::vector<std::uint8_t> encodeJpeg(const Picture& picture, const JpegOptions& options) {
+    jpeg_compress_struct cinfo{};
+    jpeg_error_mgr errors{};
+    cinfo.err = jpeg_std_error(&errors);
+    jpeg_create_compress(&cinfo);
+    unsigned char* buffer = nullptr;
+    unsigned long size = 0;
+    jpeg_mem_dest(&cinfo, &buffer, &size);
+    cinfo.image_width = JDIMENSION(picture.width);
+    cinfo.image_height = JDIMENSION(picture.height);
+    cinfo.input_components = 3;
+    cinfo.in_color_space = JCS_RGB;
+    jpeg_set_defaults(&cinfo);
+    jpeg_set_quality(&cinfo, options.quality, TRUE);
+    const int sampling = options.fullChroma ? 1 : 2;
+    cinfo.comp_info[0].h_samp_factor = sampling;
+    cinfo.comp_info[0].v_samp_factor = sampling;
+    if (options.progressive)
+        jpeg_simple_progression(&cinfo);
+    jpeg_start_compress(&cinfo, TRUE);
+    if (options.orientation != 0) {
+        const auto app1 = exifSegment(options.orientation, options.bigEndianExif);
+        jpeg_write_marker(&cinfo, JPEG_APP0 + 1, app1.data(), unsigned(app1.size()));
+    }
+    while (cinfo.next_scanline < cinfo.image_height) {
+        JSAMPROW row = const_cast<std::uint8_t*>(
+            &picture.rgb[std::size_t(cinfo.next_scanline) * picture.width * 3]);
+        jpeg_write_scanlines(&cinfo, &row, 1);
+    }
+    jpeg_finish_compress(&cinfo);
+    jpeg_destroy_compress(&cinfo);
+    std::vector<std::uint8_t> bytes(buffer, buffer + size);
+    std::free(buffer);
+    return bytes;
+}
+
+std::vector<std::uint8_t> encodeCmykJpeg(int width, int height,
+                                         const std::vector<std::uint8_t>& cmyk) {
+    jpeg_compress_struct cinfo{};
+    jpeg_error_mgr errors{};
+    cinfo.err = jpeg_std_error(&errors);
+    jpeg_create_compress(&cinfo);
+    unsigned char* buffer = nullptr;
+    unsigned long size = 0;
+    jpeg_mem_dest(&cinfo, &buffer, &size);
+    cinfo.image_width = JDIMENSION(width);
+    cinfo.image_height = JDIMENSION(height);
+    cinfo.input_components = 4;
+    cinfo.in_color_space = JCS_CMYK;
+    jpeg_set_defaults(&cinfo); // writes the Adobe marker
+    jpeg_set_quality(&cinfo, 100, TRUE);
+    jpeg_start_compress(&cinfo, TRUE);
+    while (cinfo.next_scanline < cinfo.image_height) {
+        JSAMPROW row =
+            const_cast<std::uint8_t*>(&cmyk[std::size_t(cinfo.next_scanline) * width * 4]);
+        jpeg_write_scanlines(&cinfo, &row, 1);
+    }
+    jpeg_finish_compress(&cinfo);
+    jpeg_destroy_compress(&cinfo);
+    std::vector<std::uint8_t> bytes(buffer, buffer + size);
+    std::free(buffer);
+    return bytes;
+}
+
+Picture decodeJpeg(const std::vector<std::uint8_t>& bytes) {
+    jpeg_decompress_struct cinfo{};
+    jpeg_error_mgr errors{};
+    cinfo.err = jpeg_std_error(&errors);
+    jpeg_create_decompress(&cinfo);
+    jpeg_mem_src(&cinfo, bytes.data(), bytes.size());
+    jpeg_read_header(&cinfo, TRUE);
+    cinfo.out_color_space = JCS_RGB;
+    jpeg_start_decompress(&cinfo);
+    Picture picture{int(cinfo.output_width), int(cinfo.output_height), {}};
+    picture.rgb.resize(std::size_t(picture.width) * picture.height * 3);
+    while (cinfo.output_scanline < cinfo.output_height) {
+        JSAMPROW row = &picture.rgb[std::size_t(cinfo.output_scanline) * picture.width * 3];
+        jpeg_read_scanlines(&cinfo, &row, 1);
+    }
+    jpeg_finish_decompress(&cinfo);
+    jpeg_destroy_decompress(&cinfo);
+    return picture;
+}
+
+Picture storedFor(const Picture& displayed, int orientation) {
+    // Where displayed (x, y) is kept, written out case by case from the EXIF definitions.
+    const int w = displayed.width, h = displayed.height;
+    const bool turned = orientation >= 5;
+    Picture stored{turned ? h : w, turned ? w : h, {}};
+    stored.rgb.resize(displayed.rgb.size());
+    for (int y = 0; y < h; ++y) {
+        for (int x = 0; x < w; ++x) {
+            int u = x, v = y;
+            switch (orientation) {
+            case 2:
+                u = w - 1 - x;
+                break;
+            case 3:
+                u = w - 1 - x, v = h - 1 - y;
+                break;
+            case 4:
+                v = h - 1 - y;
+                break;
+            case 5:
+                u = y, v = x;
+                break;
+            case 6:
+                u = y, v = w - 1 - x;
+                break;
+            case 7:
+                u = h - 1 - y, v = w - 1 - x;
+                break;
+            case 8:
+                u = h - 1 - y, v = x;
+                break;
+            default:
+                break;
+            }
+            const Rgb c = displayed.at(x, y);
+            std::uint8_t* p = &stored.rgb[(std::size_t(v) * stored.width + u) * 3];
+            p[0] = c.r;
+            p[1] = c.g;
+            p[2] = c.b;
+        }
+    }
+    return stored;
+}
+
+std::vector<std::uint8_t> encodePng(int width, int height, const std::vector<std::uint8_t>& samples,
+                                    const PngOptions& options, const std::vector<Rgb>& palette,
+                                    const std::vector<std::uint8_t>& transparency) {
+    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+    png_infop info = png_create_info_struct(png);
+    std::vector<std::uint8_t> out;
+    png_set_write_fn(
+        png, &out,
+        [](png_structp p, png_bytep data, png_size_t size) {
+            auto* target = static_cast<std::vector<std::uint8_t>*>(png_get_io_ptr(p));
+            target->insert(target->end(), data, data + size);
+        },
+        nullptr);
+    png_set_IHDR(png, info, png_uint_32(width), png_uint_32(height), options.bitDepth,
+                 options.colourType, options.interlaced ? PNG_INTERLACE_ADAM7 : PNG_INTERLACE_NONE,
+                 PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+    std::vector<png_color> colours;
+    for (const Rgb& c : palette)
+        colours.push_back({c.r, c.g, c.b});
+    if (!colours.empty())
+        png_set_PLTE(png, info, colours.data(), int(colours.size()));
+    if (!transparency.empty())
+        png_set_tRNS(png, info, transparency.data(), int(transparency.size()), nullptr);
+    std::vector<std::uint8_t> exif;
+    if (options.orientation != 0) {
+        exif = exifSegment(options.orientation, false);
+        exif.erase(exif.begin(), exif.begin() + 6); // eXIf holds the TIFF part only
+        png_set_eXIf_1(png, info, png_uint_32(exif.size()), exif.data());
+    }
+    png_write_info(png, info);
+    const std::size_t rowBytes = samples.size() / std::size_t(height);
+    std::vector<png_bytep> rows(static_cast<std::size_t>(height));
+    for (int y = 0; y < height; ++y)
+        rows[std::size_t(y)] = const_cast<png_bytep>(&samples[std::size_t(y) * rowBytes]);
+    png_write_image(png, rows.data());
+    png_write_end(png, nullptr);
+    png_destroy_write_struct(&png, &info);
+    return out;
+}
+
+std::string sha256Hex(const std::vector<std::uint8_t>& bytes) {
+    unsigned char digest[SHA256_DIGEST_LENGTH];
+    SHA256(bytes.data(), bytes.size(), digest);
+    std::string text = "sha256:";
+    char hex[3];
+    for (unsigned char byte : digest) {
+        std::snprintf(hex, sizeof hex, "%02x", byte);
+        text += hex;
+    }
+    return text;
+}
+
+void writeFile(const std::filesystem::path& file, const std::vector<std::uint8_t>& bytes) {
+    std::ofstream out(file, std::ios::binary);
+    out.write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
+    if (!out)
+        throw std::runtime_error("cannot write " + file.string());
+}
+
+std::vector<std::uint8_t> readFile(const std::filesystem::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+TemporaryFolder::TemporaryFolder() {
+    static std::atomic<int> counter{0};
+    path_ = std::filesystem::temp_directory_path() /
+            ("dravik-image-" + std::to_string(::getpid()) + "-" + std::to_string(counter++));
+    std::filesystem::remove_all(path_);
+    std::filesystem::create_directories(path_);
+}
+
+TemporaryFolder::~TemporaryFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+}
+
+} // namespace photo_fixtures

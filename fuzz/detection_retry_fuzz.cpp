@@ -1,0 +1,10 @@
+#include "dravik/detection.h"
+#include "fuzz_support.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzzing::checkDecoder(
+        data, size,
+        [](std::string_view text) { return dravik::DetectionRetry::decode(text, "result.json"); },
+        [](const auto& value) { return value.encode(); });
+    return 0;
+}

@@ -1,0 +1,10 @@
+#include "dravik/manifest.h"
+#include "fuzz_support.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzzing::checkDecoder(
+        data, size,
+        [](std::string_view text) { return dravik::SessionManifest::decode(text, "session.json"); },
+        [](const auto& value) { return value.encode(); });
+    return 0;
+}

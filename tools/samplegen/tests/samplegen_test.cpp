@@ -1,0 +1,162 @@
+#include "dravik/detection.h"
+#include "dravik/error.h"
+#include "dravik/image.h"
+#include "dravik/manifest.h"
+#include "dravik/pairs.h"
+#include "dravik/store.h"
+#include "samplegen.h"
+
+#include <cmath>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <random>
+#include <string>
+
+namespace fs = std::filesystem;
+namespace sg = tessary::samplegen;
+
+namespace {
+
+class TempFolder {
+  public:
+    TempFolder() {
+        std::random_device seed;
+        path_ = fs::temp_directory_path() / ("samplegen-test-" + std::to_string(seed()));
+        fs::create_directories(path_);
+    }
+    ~TempFolder() { fs::remove_all(path_); }
+    const fs::path& path() const { return path_; }
+
+  private:
+    fs::path path_;
+};
+
+std::string bytes(const fs::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+}
+
+const dravik::JointResult* joint(const dravik::ResultsFile& results, std::string_view frame,
+                                 std::string_view kind, std::string_view name) {
+    for (const auto& rider : results.riders)
+        if (rider.pairID + "/" + rider.riderID == frame)
+            for (const auto& result : rider.results)
+                if (result.kind == kind)
+                    for (const auto& j : result.joints)
+                        if (j.name == name)
+                            return &j;
+    return nullptr;
+}
+
+// What must hold for any generated session: the core opens it, every photo is the one the
+// manifest names, and the detections sit inside the rider's crop within the panel.
+dravik::ReviewDocument expectOpens(const fs::path& folder) {
+    const fs::path manifest = folder / "session.json";
+    const dravik::ReviewDocument document =
+        dravik::ReviewStore::make(manifest, folder / "results.json");
+    for (const dravik::ReviewFrame& frame : document.frames()) {
+        SCOPED_TRACE(frame.id);
+        const auto photo =
+            dravik::ImageInput::load(dravik::ReviewStore::assetURL(frame.file, manifest));
+        EXPECT_EQ(photo.sourceHash(), frame.sourceHash);
+        EXPECT_EQ(photo.size(), frame.imageSize);
+        const dravik::PixelRect whole{0, 0, static_cast<double>(frame.imageSize.width),
+                                      static_cast<double>(frame.imageSize.height)};
+        EXPECT_TRUE(whole.contains(frame.panel));
+        EXPECT_TRUE(frame.panel.contains(frame.crop));
+        EXPECT_EQ(frame.raw.size(), 2u);
+        if (frame.raw.size() != 2u)
+            continue;
+        EXPECT_EQ(frame.raw[0].kind, "3D");
+        EXPECT_EQ(frame.raw[1].kind, "2D");
+        for (const dravik::DravikResult& result : frame.raw) {
+            EXPECT_TRUE(result.usable());
+            for (const dravik::JointResult& j : result.joints) {
+                EXPECT_TRUE(frame.crop.contains(dravik::Point2{j.x, j.y}))
+                    << result.kind << " " << j.name;
+                EXPECT_GE(j.confidence, 0.1);
+                EXPECT_LE(j.confidence, 0.99);
+            }
+        }
+    }
+    return document;
+}
+
+} // namespace
+
+TEST(SampleSession, CommittedSampleOpensWithItsDeliberateGaps) {
+    const fs::path folder = fs::path(TESSARY_SOURCE_DIR) / "data" / "sample-session";
+    const dravik::ReviewDocument document = expectOpens(folder);
+
+    ASSERT_EQ(document.frames().size(), 3u);
+    EXPECT_EQ(document.frames()[0].id, "turn-3/alex");
+    EXPECT_EQ(document.frames()[1].id, "turn-3/sam");
+    EXPECT_EQ(document.frames()[1].role, "reference");
+    EXPECT_EQ(document.frames()[2].id, "turn-5/alex");
+    const auto pairs = dravik::PairReview::resolve(document.frames());
+    ASSERT_EQ(pairs.size(), 2u);
+    EXPECT_EQ(pairs[0].frameIDs.size(), 2u);
+    EXPECT_EQ(pairs[1].frameIDs.size(), 1u);
+    for (const auto& frame : document.frames())
+        EXPECT_EQ(frame.panel, (dravik::PixelRect{0, 0, 1200, 800}));
+
+    const dravik::ReviewFrame& gap = *document.frame(sg::bundledMissingFrame);
+    const std::string missing(sg::bundledMissingJoint);
+    EXPECT_FALSE(gap.rawPoint(missing, sg::bundledMissingKind));
+    EXPECT_TRUE(gap.rawPoint(missing, "3D"));
+    std::size_t found = 0;
+    for (const auto& frame : document.frames())
+        for (const auto& result : frame.raw)
+            found += result.joints.size();
+    EXPECT_EQ(found, 3u * 2u * 19u - 1u) << "exactly one joint is missing";
+
+    const auto results = dravik::ResultsFile::load(folder / "results.json");
+    const auto* doubtful =
+        joint(results, sg::bundledDoubtfulFrame, sg::bundledDoubtfulKind, sg::bundledDoubtfulJoint);
+    ASSERT_TRUE(doubtful);
+    EXPECT_EQ(doubtful->confidence, sg::bundledDoubtfulConfidence);
+    EXPECT_EQ(results.detector, "synthetic");
+}
+
+TEST(SampleSession, SameSeedGivesTheSameBytes) {
+    const TempFolder a, b, c;
+    sg::writeSession(a.path(), {.seed = 4, .bundled = true});
+    sg::writeSession(b.path(), {.seed = 4, .bundled = true});
+    sg::writeSession(c.path(), {.seed = 5, .bundled = true});
+    for (const char* name :
+         {"turn-3-alex.jpg", "turn-3-sam.jpg", "turn-5-alex.jpg", "session.json", "results.json"}) {
+        SCOPED_TRACE(name);
+        const std::string first = bytes(a.path() / name);
+        EXPECT_FALSE(first.empty());
+        EXPECT_EQ(first, bytes(b.path() / name));
+        EXPECT_NE(first, bytes(c.path() / name));
+    }
+    expectOpens(c.path());
+}
+
+TEST(SampleSession, LargeSessionsAreUnpairedPhotosWithACentredPanel) {
+    const TempFolder folder;
+    sg::writeSession(folder.path(), {.photos = 3, .megapixels = 0.3, .seed = 11});
+    const dravik::ReviewDocument document = expectOpens(folder.path());
+    ASSERT_EQ(document.frames().size(), 3u);
+    EXPECT_EQ(dravik::PairReview::resolve(document.frames()).size(), 3u);
+    const dravik::ImageSize size = sg::photoSize(0.3);
+    EXPECT_NEAR(size.width * size.height, 300000, 3000);
+    EXPECT_NEAR(size.width, size.height * 1.5, 2);
+    for (const auto& frame : document.frames()) {
+        SCOPED_TRACE(frame.id);
+        EXPECT_EQ(frame.role, "subject");
+        EXPECT_EQ(frame.imageSize, size);
+        const double area = frame.panel.width * frame.panel.height;
+        EXPECT_NEAR(area / (size.width * size.height), 0.6, 0.01);
+        EXPECT_NEAR(frame.panel.x * 2 + frame.panel.width, size.width, 1);
+        EXPECT_NEAR(frame.panel.y * 2 + frame.panel.height, size.height, 1);
+    }
+}
+
+TEST(SampleSession, RefusesAnEmptySession) {
+    const TempFolder folder;
+    EXPECT_THROW(sg::writeSession(folder.path(), {.photos = 0}), dravik::DravikError);
+    EXPECT_THROW(sg::writeSession(folder.path(), {.megapixels = 0}), dravik::DravikError);
+}
