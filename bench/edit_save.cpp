@@ -112,6 +112,23 @@ int main(int argc, char** argv) {
         }
     }
 
+    // What the model itself does for an edit, without the save: copy the shared document, change
+    // the copy, resolve the pairs and analyse the current one.
+    std::vector<double> modelWork;
+    for (int i = 0; i < 1000; ++i) {
+        const std::size_t index = static_cast<std::size_t>(i) % frames;
+        const auto pairID = model.document()->frames()[index].pairID;
+        start = Clock::now();
+        auto copy = std::make_shared<dravik::ReviewDocument>(*model.document());
+        copy->setJoint(index, "nose", dravik::Point2{10.0 + i, 10},
+                       dravik::JointReviewState::corrected);
+        const auto snapshot = model.makeSnapshot(pairID, copy);
+        const auto pairs = dravik::PairReview::resolve(copy->frames());
+        modelWork.push_back(millisecondsSince(start));
+        if (!snapshot.report || pairs.size() != frames)
+            return 1;
+    }
+
     // The durable write alone, for comparison.
     std::vector<double> saves;
     dravik::ReviewDocument document = *model.document();
@@ -133,6 +150,17 @@ int main(int argc, char** argv) {
             return 1;
     }
 
+    // Saving reads the file on disk back to learn its revision.
+    std::vector<double> decodes;
+    const std::string text = dravik::ReviewStore::encode(document);
+    for (int i = 0; i < 200; ++i) {
+        start = Clock::now();
+        const auto decoded = dravik::ReviewStore::decode(text, review.filename().string());
+        decodes.push_back(millisecondsSince(start));
+        if (decoded.revision() != document.revision())
+            return 1;
+    }
+
     std::printf("session: %zu photos of %.1f MP in %s\n", frames, options.megapixels,
                 folder.c_str());
     std::printf("review file: %ju bytes\n", static_cast<std::uintmax_t>(fs::file_size(review)));
@@ -142,8 +170,10 @@ int main(int argc, char** argv) {
     report("  nudge", nudges);
     report("  undo", undos);
     report("navigation", navigation);
+    report("model work, no save", modelWork);
     report("ReviewStore::save", saves);
     report("ReviewStore::encode", encodes);
+    report("ReviewStore::decode", decodes);
     double blocked = 0;
     for (double t : edits)
         blocked += t;

@@ -9,6 +9,8 @@ packages=(
     nlohmann-json3-dev libjpeg62-turbo-dev libturbojpeg0-dev libpng-dev libexif-dev libssl-dev
     libgtest-dev qt6-base-dev xvfb xauth
 )
+# The pose worker of dravik-batch runs on Node.js; Debian's own is enough.
+command -v node >/dev/null && command -v npm >/dev/null || packages+=(nodejs npm)
 
 install_missing() {
     local missing=()
@@ -23,6 +25,17 @@ install_missing() {
     DEBIAN_FRONTEND=noninteractive "${sudo[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"
 }
 
+# The pose worker's Node packages, at the exact versions of its lock file, and the MoveNet models.
+# Nothing is downloaded when the program runs.
+install_worker() {
+    local worker=batch/worker
+    if ! cmp -s "$worker/package-lock.json" "$worker/node_modules/.tessary-lock.json"; then
+        (cd "$worker" && npm ci --no-audit --no-fund --loglevel=error)
+        cp "$worker/package-lock.json" "$worker/node_modules/.tessary-lock.json"
+    fi
+    "$worker/fetch-models.sh" .cache/models
+}
+
 build() {
     cmake --preset default
     cmake --build --preset default
@@ -31,11 +44,13 @@ build() {
 case "${1:-}" in
 run)
     install_missing
+    install_worker
     build
     exec build/bin/tessary-inspect data/sample-session/session.json data/sample-session/results.json
     ;;
 test)
     install_missing
+    install_worker
     cmake --workflow --preset default
     ;;
 *)

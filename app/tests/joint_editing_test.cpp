@@ -261,3 +261,27 @@ TEST_F(ModelTest, NavigationStaysWithinTheSessionAndItsPairs) {
 }
 
 } // namespace tessary::test
+
+namespace tessary::test {
+
+TEST_F(ModelTest, NavigationDecodesAgainOnlyPhotosThatChanged) {
+    const SessionFiles session = openBundled();
+    model.selectFrame(indexOf(alex3));
+    const auto shown = model.images().at(alex3).cacheKey();
+    model.setCompare(true); // the photo on screen stays; the reference rider's is decoded
+    EXPECT_EQ(model.images().at(alex3).cacheKey(), shown);
+    EXPECT_EQ(model.images().count(sam3), 1u);
+
+    // A photo replaced while on screen is read again, and its new hash refuses the move.
+    fs::copy_file(session.folder / "turn-5-alex.jpg", session.folder / "turn-3-alex.jpg",
+                  fs::copy_options::overwrite_existing);
+    model.setCompare(false);
+    ASSERT_TRUE(model.error());
+    EXPECT_EQ(*model.error(), "Cannot load subject photo (turn-3-alex.jpg): Source hash changed; "
+                              "reanalyze before applying corrections. Previous selection "
+                              "preserved.");
+    EXPECT_TRUE(model.compare());
+    EXPECT_EQ(model.images().at(alex3).cacheKey(), shown);
+}
+
+} // namespace tessary::test

@@ -4,22 +4,30 @@
 #include "samplegen.h"
 
 #include <random>
+#include <unistd.h>
 
 namespace tessary::test {
 
 namespace {
 
-// Generating photos is slow; every test gets a copy of one generated set.
-const fs::path& generated(const std::string& name, const samplegen::Options& options) {
-    static std::map<std::string, fs::path> folders;
-    static TemporaryFolder root;
-    auto found = folders.find(name);
-    if (found == folders.end()) {
-        const fs::path folder = root.path() / name;
-        samplegen::writeSession(folder, options);
-        found = folders.emplace(name, folder).first;
-    }
-    return found->second;
+// Generating photos is slow: tests copy one generated set, kept in the build tree. The same
+// options always give the same bytes, so a set left by an earlier run is as good as a new one.
+fs::path generated(const std::string& name, const samplegen::Options& options) {
+    const fs::path folder = fs::path(TESSARY_APP_TEST_SESSIONS) / name;
+    if (fs::exists(folder / "results.json"))
+        return folder;
+    const fs::path partial = folder.string() + ".partial-" + std::to_string(::getpid());
+    samplegen::writeSession(partial, options);
+    std::error_code lostRace; // another process got there first with the same bytes
+    fs::rename(partial, folder, lostRace);
+    fs::remove_all(partial, lostRace);
+    return folder;
+}
+
+samplegen::Options bundledOptions() {
+    samplegen::Options options;
+    options.bundled = true;
+    return options;
 }
 
 SessionFiles copied(const fs::path& source, const fs::path& folder) {
@@ -63,16 +71,12 @@ dravik::ReviewDocument SessionFiles::saved() const {
 }
 
 SessionFiles bundledSession(const fs::path& folder) {
-    samplegen::Options options;
-    options.bundled = true;
-    return copied(generated("bundled", options), folder);
+    return copied(generated("bundled", bundledOptions()), folder);
 }
 
-SessionFiles photoSession(const fs::path& folder, int photos) {
-    samplegen::Options options;
-    options.photos = photos;
-    options.megapixels = 0.1;
-    return copied(generated("photos-" + std::to_string(photos), options), folder);
+void regenerateSessions() {
+    fs::remove_all(TESSARY_APP_TEST_SESSIONS);
+    generated("bundled", bundledOptions());
 }
 
 ModelTest::ModelTest()

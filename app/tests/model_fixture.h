@@ -48,8 +48,8 @@ struct SessionFiles {
 // The generated bundled sample: pair "turn-3" (subject Alex, reference Sam) and "turn-5"
 // (Alex alone), copied into `folder`.
 SessionFiles bundledSession(const fs::path& folder);
-// `photos` unpaired rider photos, copied into `folder`.
-SessionFiles photoSession(const fs::path& folder, int photos);
+// Generates the sessions the tests copy, replacing any left by an earlier build.
+void regenerateSessions();
 
 inline const std::string alex3 = "turn-3/alex";
 inline const std::string sam3 = "turn-3/sam";

@@ -62,6 +62,9 @@ TEST_F(ModelTest, OpensRawDetectionsAndReopensASavedReview) {
     const QImage& photo = model.images().at(alex3);
     EXPECT_EQ(photo.width(), static_cast<int>(frameOf(alex3).panel.width));
     EXPECT_EQ(photo.format(), QImage::Format_RGB888);
+    const QImage single = model.loadImage(frameOf(sam3), session.manifest);
+    EXPECT_EQ(single.size(), model.images().at(sam3).size());
+    EXPECT_EQ(single.pixel(10, 10), model.images().at(sam3).pixel(10, 10));
     ASSERT_NE(model.report(), nullptr); // the starting frame's pair is analysed
     EXPECT_EQ(model.report()->pairID, "turn-3");
     EXPECT_FALSE(model.leanMode());
@@ -185,12 +188,12 @@ TEST_F(ModelTest, LeanProposalsChooseTheStartingFrameAndLeanMode) {
     EXPECT_EQ(model.report()->pairID, "turn-5");
 }
 
-TEST_F(ModelTest, BrokenCoachingFilesAreWithheldWithoutStoppingTheOpen) {
+TEST_F(ModelTest, CoachingFilesAreShownOnlyWhereTheyFit) {
     const SessionFiles session = bundledSession(temp.path() / "coached");
     writeText(session.folder / "single-photo-coaching.json", "{\"format\": 1}");
     writeText(session.folder / "coaching-checklist.json", "[]");
     model.load(session.manifest, session.results);
-    ASSERT_EQ(model.error(), std::nullopt);
+    ASSERT_EQ(model.error(), std::nullopt); // broken notes never stop the opening
     EXPECT_EQ(model.singlePhotoCoachingError(),
               "Saved photo notes could not be loaded or did not match this session. Coaching is "
               "withheld until the notes are corrected.");
@@ -199,24 +202,40 @@ TEST_F(ModelTest, BrokenCoachingFilesAreWithheldWithoutStoppingTheOpen) {
               "review again.");
     EXPECT_TRUE(model.singlePhotoCoaching().empty());
 
-    // A valid checklist made for the other corner direction is withheld.
+    // Notes for the lone photo of turn 5, and checklist findings made in a right-hand corner.
     const dravik::ReviewDocument raw = session.raw();
-    dravik::CoachingChecklistReview review{"turn-3",
-                                           std::string(dravik::CoachingChecklist::catalogVersion()),
-                                           dravik::CornerDirection::right,
-                                           {}};
+    const dravik::SinglePhotoCoaching notes{
+        alex5, raw.frame(alex5)->sourceHash, {"Eyes up through the exit."}, {"Photo review"}};
+    writeText(session.folder / "single-photo-coaching.json",
+              dravik::SinglePhotoCoaching::encode({notes}));
+    const dravik::CoachingChecklistReview findings{
+        "turn-3",
+        std::string(dravik::CoachingChecklist::catalogVersion()),
+        dravik::CornerDirection::right,
+        {}};
     writeText(session.folder / "coaching-checklist.json",
-              dravik::CoachingChecklist::encode({review}, raw.frames()));
-    fs::remove(session.folder / "single-photo-coaching.json");
+              dravik::CoachingChecklist::encode({findings}, raw.frames()));
     model.load(session.manifest, session.results);
     ASSERT_EQ(model.error(), std::nullopt);
     EXPECT_EQ(model.coachingChecklistError(), std::nullopt);
     EXPECT_EQ(model.singlePhotoCoachingError(), std::nullopt);
-    ASSERT_EQ(model.coachingChecklists().size(), 1u);
-    const bool conflict =
-        model.report()->effectiveCornerDirection != dravik::CornerDirection::right;
-    EXPECT_EQ(model.checklistDirectionConflict(), conflict);
-    EXPECT_EQ(model.currentCoachingChecklist() == nullptr, conflict);
+    EXPECT_EQ(model.currentSinglePhotoCoaching(), nullptr); // Alex has a reference rider here
+
+    dravik::PairContext context = model.report()->context;
+    context.directionOverride = dravik::CornerDirection::left;
+    model.updateContext(context);
+    EXPECT_EQ(model.checklistSubjectID(), "turn-3");
+    EXPECT_TRUE(model.checklistDirectionConflict());
+    EXPECT_EQ(model.currentCoachingChecklist(), nullptr);
+    context.directionOverride = dravik::CornerDirection::right;
+    model.updateContext(context);
+    EXPECT_FALSE(model.checklistDirectionConflict());
+    ASSERT_NE(model.currentCoachingChecklist(), nullptr);
+    EXPECT_EQ(*model.currentCoachingChecklist(), findings);
+
+    model.selectPair("turn-5");
+    ASSERT_NE(model.currentSinglePhotoCoaching(), nullptr);
+    EXPECT_EQ(*model.currentSinglePhotoCoaching(), notes);
 }
 
 TEST_F(ModelTest, OpenSessionAsksForBothFilesAndCancelChangesNothing) {
