@@ -73,15 +73,3 @@ TEST(PairFeatures, InsideIsTheSideOfTheTurn) {
     EXPECT_EQ(role(PairFeature::insideKnee, CornerDirection::right), "Inside");
     EXPECT_EQ(role(PairFeature::outsideKnee, CornerDirection::left), "Outside");
 }
-
-TEST(PairFeatures, RawValuesReadBack) {
-    for (CornerDirection d : allCornerDirections)
-        EXPECT_EQ(cornerDirection(rawValue(d)), d);
-    for (PairFeature f : allPairFeatures)
-        EXPECT_EQ(pairFeature(rawValue(f)), f);
-    for (KneePlacement k : allKneePlacements)
-        EXPECT_EQ(kneePlacement(rawValue(k)), k);
-    for (ViewComparability v : allViewComparabilities)
-        EXPECT_EQ(viewComparability(rawValue(v)), v);
-    EXPECT_EQ(cornerDirection("left"), std::nullopt); // raw values are case-sensitive
-}

@@ -66,6 +66,22 @@ std::vector<Shot> bundledShots(Random& random) {
     };
 }
 
+// What a coach would say from the turn-3 photos alone; the styles above make it true.
+void addPhotoCoaching(dravik::PairInput& pair) {
+    pair.cornerDirection = dravik::CornerDirection::left;
+    pair.photoCoaching = {
+        {"elbows-bent", "Elbows bent and low",
+         "Alex's arms are bent with the elbows dropped, while Sam's are longer and straighter. "
+         "Bent arms let the bars move freely; a single photo cannot show whether Alex is also "
+         "steering through them.",
+         dravik::PairFeature::insideElbow},
+        {"upper-body-low", "Upper body tucked low",
+         "Alex's chest is closer to the tank than Sam's in these photos. A still frame shows one "
+         "moment of the corner, so compare more photos before changing the body position.",
+         std::nullopt},
+    };
+}
+
 std::vector<Shot> largeShots(Random& random, int photos) {
     std::vector<Shot> shots;
     for (int i = 1; i <= photos; ++i) {
@@ -189,6 +205,8 @@ void writeSession(const std::filesystem::path& folder, const Options& options) {
         }
         results.riders.push_back(std::move(found));
     }
+    if (options.bundled)
+        addPhotoCoaching(manifest.pairs.front());
     const std::string manifestText = manifest.encode();
     writeFile(folder / "session.json", manifestText.data(), manifestText.size());
     const std::string resultsText = results.encode();

@@ -1,12 +1,13 @@
 #pragma once
 
+#include "dravik/geometry.h"
+#include "dravik/pairs.h"
+
 #include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "dravik/geometry.h"
 
 namespace dravik {
 
@@ -26,6 +27,8 @@ struct PairInput {
     std::string id;
     std::string title;
     std::vector<RiderInput> riders;
+    std::optional<CornerDirection> cornerDirection{}; // the turn direction seen in the photos
+    std::vector<CoachingBullet> photoCoaching{};      // whole-body notes from the photos
     bool operator==(const PairInput&) const = default;
 };
 

@@ -1,12 +1,12 @@
 #pragma once
 
+#include "dravik/review.h"
+
 #include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
-
-#include "dravik/review.h"
 
 namespace dravik {
 
@@ -16,6 +16,9 @@ ReviewDocument make(const std::filesystem::path& manifest, const std::filesystem
 ReviewDocument load(const std::filesystem::path& file);
 // Refuses a saved review made for other detections or other photos than `raw`.
 void validate(const ReviewDocument& saved, const ReviewDocument& raw);
+// Validates `saved` against `raw`, then gives it the session's pair photo assessments: those
+// come from the manifest and are not part of what the reviewer saved.
+ReviewDocument adopt(ReviewDocument saved, const ReviewDocument& raw);
 // Writes atomically and durably. Refuses, writing nothing, when the file on disk is not at
 // `expectedRevision` (a file that exists while none was expected counts as changed elsewhere).
 void save(const ReviewDocument& document, const std::filesystem::path& file,

@@ -1,4 +1,5 @@
 #include "dravik/manifest.h"
+#include "pairs/pairs_json.h"
 
 #include "json/document_io.h"
 #include "json/geometry_codec.h"
@@ -57,6 +58,20 @@ PairInput readPair(const json::Node& node) {
     // Two distinct roles already cap a pair at two riders.
     if (pair.riders.empty())
         riders.fail("must list at least one rider");
+    if (auto direction = node.find("cornerDirection")) {
+        pair.cornerDirection = cornerDirection(direction->string());
+        if (!pair.cornerDirection)
+            direction->fail("must be \"Unknown\", \"Left\" or \"Right\"");
+    }
+    if (auto coaching = node.find("photoCoaching")) {
+        std::set<std::string> bulletIDs;
+        for (const json::Node& item : coaching->items()) {
+            CoachingBullet bullet = coachingBulletFromJson(item);
+            if (!bulletIDs.insert(bullet.id).second)
+                item["id"].fail("repeats the id of an earlier bullet");
+            pair.photoCoaching.push_back(std::move(bullet));
+        }
+    }
     return pair;
 }
 
@@ -95,8 +110,16 @@ std::string SessionManifest::encode() const {
         json::Json riders = json::Json::array();
         for (const RiderInput& rider : pair.riders)
             riders.push_back(write(rider));
-        list.push_back(
-            json::Json{{"id", pair.id}, {"title", pair.title}, {"riders", std::move(riders)}});
+        json::Json entry{{"id", pair.id}, {"title", pair.title}, {"riders", std::move(riders)}};
+        if (pair.cornerDirection)
+            entry["cornerDirection"] = rawValue(*pair.cornerDirection);
+        if (!pair.photoCoaching.empty()) {
+            json::Json coaching = json::Json::array();
+            for (const CoachingBullet& bullet : pair.photoCoaching)
+                coaching.push_back(toJson(bullet));
+            entry["photoCoaching"] = std::move(coaching);
+        }
+        list.push_back(std::move(entry));
     }
     root["pairs"] = std::move(list);
     return json::encodeDocument(root, kind, json::Layout::pretty, read);

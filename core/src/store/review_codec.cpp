@@ -1,5 +1,7 @@
 #include "detection/result_codec.h"
 #include "dravik/store.h"
+#include "lean/lean_json.h"
+#include "pairs/pairs_json.h"
 
 #include "json/document_io.h"
 #include "json/geometry_codec.h"
@@ -68,6 +70,82 @@ ReviewFrame readFrame(const json::Node& node) {
     return frame;
 }
 
+struct Annotations {
+    std::map<std::string, LeanAnnotation> lean;
+    std::map<std::string, PairContext> contexts;
+    std::map<std::string, LeanPairContext> leanContexts;
+    std::map<std::string, PairPhotoAssessment> assessments;
+};
+
+// Lower-case first letter and no final stop, to quote another sentence after a colon.
+std::string clause(std::string sentence) {
+    if (!sentence.empty() && sentence.back() == '.')
+        sentence.pop_back();
+    if (!sentence.empty() && sentence.front() >= 'A' && sentence.front() <= 'Z')
+        sentence.front() = static_cast<char>(sentence.front() - 'A' + 'a');
+    return sentence;
+}
+
+// Members of an optional object keyed by pair id; reviews saved before these keys existed lack
+// them.
+template <class Read>
+auto readByPair(const json::Node& root, std::string_view key, const std::set<std::string>& pairs,
+                Read read) {
+    std::map<std::string, decltype(read(root, std::string()))> values;
+    auto object = root.find(key);
+    if (!object)
+        return values;
+    for (const auto& [pairID, node] : object->members()) {
+        if (!pairs.contains(pairID))
+            node.fail("belongs to a pair the document does not have");
+        values.emplace(pairID, read(node, pairID));
+    }
+    return values;
+}
+
+Annotations readAnnotations(const json::Node& root, const std::vector<ReviewFrame>& frames) {
+    Annotations out;
+    if (auto lean = root.find("leanAnnotations")) {
+        for (const auto& [frameID, node] : lean->members()) {
+            auto frame = std::find_if(frames.begin(), frames.end(),
+                                      [&](const ReviewFrame& f) { return f.id == frameID; });
+            if (frame == frames.end())
+                node.fail("belongs to a frame the document does not have");
+            LeanAnnotation annotation = json::readLeanAnnotation(node);
+            if (annotation.frameID != frameID)
+                node["frameID"].fail("must be the frame id it is filed under");
+            try {
+                annotation.validate(*frame);
+            } catch (const DravikError& error) {
+                node.fail("does not fit its frame: " + clause(error.what()));
+            }
+            out.lean.emplace(frameID, std::move(annotation));
+        }
+    }
+    std::set<std::string> pairs;
+    for (const ReviewFrame& frame : frames)
+        pairs.insert(frame.pairID);
+    // A context repeats its pair id; the key it is filed under must agree.
+    auto filedUnder = [](const json::Node& node, const std::string& pairID, auto context) {
+        if (context.pairID != pairID)
+            node["pairID"].fail("must be the pair id it is filed under");
+        return context;
+    };
+    out.contexts = readByPair(root, "pairContexts", pairs,
+                              [&](const json::Node& node, const std::string& pairID) {
+                                  return filedUnder(node, pairID, pairContextFromJson(node));
+                              });
+    out.leanContexts = readByPair(
+        root, "leanPairContexts", pairs, [&](const json::Node& node, const std::string& pairID) {
+            return filedUnder(node, pairID, json::readLeanPairContext(node));
+        });
+    out.assessments =
+        readByPair(root, "pairAssessments", pairs, [](const json::Node& node, const std::string&) {
+            return pairPhotoAssessmentFromJson(node);
+        });
+    return out;
+}
+
 ReviewDocument read(const json::Node& root) {
     json::expectHeader(root, format, 1);
     std::string identity = json::readContentHash(root["identity"]);
@@ -86,9 +164,19 @@ ReviewDocument read(const json::Node& root) {
             item["role"].fail("repeats the role of another frame of the same pair");
         frames.push_back(std::move(frame));
     }
-    // Lean annotations (by frame id) and pair contexts (by pair id) are read here once the
-    // document holds them.
-    return ReviewDocument(std::move(identity), std::move(frames), revision);
+    Annotations annotations = readAnnotations(root, frames);
+    // Each store below counts one revision; starting that many lower keeps the saved revision.
+    const auto stores = static_cast<std::int64_t>(
+        annotations.lean.size() + annotations.contexts.size() + annotations.leanContexts.size());
+    ReviewDocument document(std::move(identity), std::move(frames), revision - stores);
+    for (const auto& [id, annotation] : annotations.lean)
+        document.setLeanAnnotation(id, annotation);
+    for (const auto& [id, context] : annotations.contexts)
+        document.setPairContext(id, context);
+    for (const auto& [id, context] : annotations.leanContexts)
+        document.setLeanPairContext(id, context);
+    document.setPairAssessments(std::move(annotations.assessments));
+    return document;
 }
 
 json::Json writeEdits(const std::map<std::string, JointEdit>& edits) {
@@ -143,7 +231,22 @@ std::string ReviewStore::encode(const ReviewDocument& document) {
     for (const ReviewFrame& frame : document.frames())
         frames.push_back(writeFrame(frame));
     root["frames"] = std::move(frames);
-    // Lean annotations and pair contexts are written here once the document holds them.
+    json::Json lean = json::Json::object();
+    for (const auto& [frameID, annotation] : document.leanAnnotations())
+        lean[frameID] = json::write(annotation);
+    root["leanAnnotations"] = std::move(lean);
+    json::Json contexts = json::Json::object();
+    for (const auto& [pairID, context] : document.pairContexts())
+        contexts[pairID] = toJson(context);
+    root["pairContexts"] = std::move(contexts);
+    json::Json leanContexts = json::Json::object();
+    for (const auto& [pairID, context] : document.leanPairContexts())
+        leanContexts[pairID] = json::write(context);
+    root["leanPairContexts"] = std::move(leanContexts);
+    json::Json assessments = json::Json::object();
+    for (const auto& [pairID, assessment] : document.pairAssessments())
+        assessments[pairID] = toJson(assessment);
+    root["pairAssessments"] = std::move(assessments);
     return json::encodeDocument(root, kind, json::Layout::pretty, read);
 }
 

@@ -67,7 +67,14 @@ ReviewDocument ReviewStore::make(const std::filesystem::path& manifestPath,
             frames.push_back(std::move(frame));
         }
     }
-    return ReviewDocument(std::move(identity), std::move(frames), 0);
+    ReviewDocument document(std::move(identity), std::move(frames), 0);
+    std::map<std::string, PairPhotoAssessment> assessments;
+    for (const PairInput& pair : manifest.pairs)
+        if (pair.cornerDirection || !pair.photoCoaching.empty())
+            assessments.emplace(pair.id,
+                                PairPhotoAssessment{pair.cornerDirection, pair.photoCoaching});
+    document.setPairAssessments(std::move(assessments));
+    return document;
 }
 
 } // namespace dravik

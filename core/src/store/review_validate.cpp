@@ -1,6 +1,7 @@
 #include "dravik/store.h"
 
 #include "json/json_reader.h"
+#include <set>
 
 namespace dravik {
 
@@ -21,6 +22,15 @@ const char* firstDifference(const ReviewFrame& saved, const ReviewFrame& raw) {
     if (saved.raw != raw.raw)
         return "its detections";
     return nullptr;
+}
+
+// Lower-case first letter and no final stop, to quote another sentence after a colon.
+std::string clause(std::string sentence) {
+    if (!sentence.empty() && sentence.back() == '.')
+        sentence.pop_back();
+    if (!sentence.empty() && sentence.front() >= 'A' && sentence.front() <= 'Z')
+        sentence.front() = static_cast<char>(sentence.front() - 'A' + 'a');
+    return sentence;
 }
 
 std::string savedLabel(const ReviewDocument& saved) {
@@ -52,6 +62,38 @@ void ReviewStore::validate(const ReviewDocument& saved, const ReviewDocument& ra
             throw DravikError(label + " does not match the session’s frame “" + s.id +
                               "”: " + what + " differs.");
     }
+    for (const auto& [frameID, annotation] : saved.leanAnnotations()) {
+        const ReviewFrame* frame = raw.frame(frameID);
+        if (!frame)
+            throw DravikError(label + " holds lean lines for the frame “" + frameID +
+                              "”, which the session does not have.");
+        try {
+            annotation.validate(*frame);
+        } catch (const DravikError& error) {
+            throw DravikError(label + " holds lean lines that the session’s frame “" + frameID +
+                              "” cannot take: " + clause(error.what()) + ".");
+        }
+    }
+    std::set<std::string> pairs;
+    for (const ReviewFrame& frame : rawFrames)
+        pairs.insert(frame.pairID);
+    auto requirePair = [&](const std::string& pairID) {
+        if (!pairs.contains(pairID))
+            throw DravikError(label + " holds statements about the pair “" + pairID +
+                              "”, which the session does not have.");
+    };
+    for (const auto& entry : saved.pairContexts())
+        requirePair(entry.first);
+    for (const auto& entry : saved.leanPairContexts())
+        requirePair(entry.first);
+    // Photo assessments are not compared: they come from the manifest, which may be edited
+    // without invalidating the review; adopt() takes the session's.
+}
+
+ReviewDocument ReviewStore::adopt(ReviewDocument saved, const ReviewDocument& raw) {
+    validate(saved, raw);
+    saved.setPairAssessments(raw.pairAssessments());
+    return saved;
 }
 
 } // namespace dravik

@@ -117,6 +117,12 @@ TEST(SampleSession, CommittedSampleOpensWithItsDeliberateGaps) {
     ASSERT_TRUE(doubtful);
     EXPECT_EQ(doubtful->confidence, sg::bundledDoubtfulConfidence);
     EXPECT_EQ(results.detector, "synthetic");
+
+    // The turn-3 pair carries the photo coaching; the lone turn-5 photo has none.
+    ASSERT_EQ(document.pairAssessments().size(), 1u);
+    const dravik::PairPhotoAssessment& assessment = document.pairAssessments().at("turn-3");
+    EXPECT_EQ(assessment.direction, dravik::CornerDirection::left);
+    EXPECT_EQ(assessment.coaching.size(), 2u);
 }
 
 TEST(SampleSession, SameSeedGivesTheSameBytes) {
