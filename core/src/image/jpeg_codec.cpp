@@ -115,12 +115,13 @@ bool startRegion(Decoder& d, const PixelBox& box, JDIMENSION& left) {
     return true;
 }
 
+// Adobe files store 255 for no ink ("inverted"); others store the amount of ink.
 void cmykToRgb(const std::uint8_t* cmyk, std::uint8_t* rgb, int count, bool inverted) {
     for (int i = 0; i < count; ++i, cmyk += 4, rgb += 3) {
-        const int k = inverted ? cmyk[3] : 255 - cmyk[3];
+        const int lightLeftByBlack = inverted ? cmyk[3] : 255 - cmyk[3];
         for (int c = 0; c < 3; ++c) {
-            const int ink = inverted ? cmyk[c] : 255 - cmyk[c];
-            rgb[c] = static_cast<std::uint8_t>((ink * k + 127) / 255);
+            const int light = inverted ? cmyk[c] : 255 - cmyk[c];
+            rgb[c] = static_cast<std::uint8_t>((light * lightLeftByBlack + 127) / 255);
         }
     }
 }
