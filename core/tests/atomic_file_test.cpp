@@ -100,19 +100,22 @@ TEST_F(AtomicFileTest, StaleTemporaryRemovalTouchesOnlyOurPrefix) {
 
 TEST_F(AtomicFileTest, LockExcludesOtherProcessesUntilReleased) {
     const auto file = folder / "joint-review-abc.json";
-    int ready[2];
-    ASSERT_EQ(::pipe(ready), 0);
+    int held[2];
+    int release[2];
+    ASSERT_EQ(::pipe(held), 0);
+    ASSERT_EQ(::pipe(release), 0);
     const pid_t child = ::fork();
     ASSERT_GE(child, 0);
     if (child == 0) {
-        FileLock held(file);
+        FileLock lock(file);
         char byte = 1;
-        (void)!::write(ready[1], &byte, 1);
-        ::usleep(300'000);
+        (void)!::write(held[1], &byte, 1);
+        (void)!::read(release[0], &byte, 1);
+        ::usleep(200'000); // still held while the parent starts waiting
         ::_exit(0);
     }
     char byte = 0;
-    ASSERT_EQ(::read(ready[0], &byte, 1), 1);
+    ASSERT_EQ(::read(held[0], &byte, 1), 1);
     try {
         FileLock refused(file, std::chrono::milliseconds(50));
         ADD_FAILURE() << "the lock was taken twice";
@@ -120,14 +123,14 @@ TEST_F(AtomicFileTest, LockExcludesOtherProcessesUntilReleased) {
         EXPECT_STREQ(e.what(), "\u201cjoint-review-abc.json\u201d is being saved by another "
                                "program, so nothing was saved; try again in a moment.");
     }
-    // Waiting long enough outlasts the holder.
+    ASSERT_EQ(::write(release[1], &byte, 1), 1);
     const auto start = std::chrono::steady_clock::now();
-    { FileLock waited(file, std::chrono::seconds(5)); }
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(3));
+    { FileLock waited(file, std::chrono::seconds(10)); }
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
     int status = 0;
     ::waitpid(child, &status, 0);
-    ::close(ready[0]);
-    ::close(ready[1]);
+    for (int fd : {held[0], held[1], release[0], release[1]})
+        ::close(fd);
     EXPECT_TRUE(fs::exists(FileLock::lockPath(file)));
 }
 

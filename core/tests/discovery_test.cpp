@@ -96,7 +96,8 @@ TEST(SessionDiscovery, AnalysesNewFoldersInNameOrderAndFindsThemAgain) {
     writeText(data / "d-notes" / "plan.txt", "turn 3");
     pf::writeFile(data / "loose.jpg", jpeg(16, 16));
 
-    FakeAnalysis analysis{.failIn = "c-broken"};
+    FakeAnalysis analysis;
+    analysis.failIn = "c-broken";
     Discovery first = discover(data.path(), analysis);
     EXPECT_EQ(first.progress, (std::vector<std::string>{"a-ride", "b-ride", "c-broken"}));
     EXPECT_EQ(analysis.folders, (std::vector<std::string>{"a-ride", "b-ride", "c-broken"}));

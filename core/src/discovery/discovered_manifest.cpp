@@ -46,15 +46,20 @@ SessionManifest manifestForPhotos(const std::string& title, const std::vector<Ph
         std::string stem = std::filesystem::path(photo.fileName).stem().string();
         PixelRect whole{0, 0, static_cast<double>(photo.size.width),
                         static_cast<double>(photo.size.height)};
-        RiderInput rider{std::string(importedRiderID),
-                         "subject",
-                         std::string(SessionDiscovery::unreviewedRiderName()),
-                         photo.fileName,
-                         photo.sourceHash,
-                         photo.size,
-                         whole,
-                         whole};
-        manifest.pairs.push_back({uniqueID(safeID(stem), taken), photo.fileName, {rider}});
+        RiderInput rider;
+        rider.id = importedRiderID;
+        rider.role = "subject";
+        rider.displayName = SessionDiscovery::unreviewedRiderName();
+        rider.file = photo.fileName;
+        rider.sourceHash = photo.sourceHash;
+        rider.imageSize = photo.size;
+        rider.panel = whole;
+        rider.crop = whole;
+        PairInput pair;
+        pair.id = uniqueID(safeID(stem), taken);
+        pair.title = photo.fileName;
+        pair.riders.push_back(std::move(rider));
+        manifest.pairs.push_back(std::move(pair));
     }
     return manifest;
 }

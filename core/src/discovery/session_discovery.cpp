@@ -79,7 +79,7 @@ DiscoveredSession visit(const fs::path& folder, const std::vector<std::string>& 
     if (occupied(manifest)) {
         title = SessionManifest::load(manifest).title;
         if (title.empty())
-            title = json::fileLabel(folder);
+            title = displayText(json::fileLabel(folder));
         if (auto known = knownResultsFor(manifest, knownResults))
             return {title, manifest, *known, false};
         if (existsAsFile(results))
