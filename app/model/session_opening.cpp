@@ -66,9 +66,9 @@ SessionRead readSession(const fs::path& manifest, const fs::path& results) {
     dravik::ReviewDocument raw = dravik::ReviewStore::make(manifest, results);
     read.reviewFile = manifest.parent_path() / dravik::ReviewStore::reviewFileName(raw);
     if (fileExists(read.reviewFile)) {
-        dravik::ReviewDocument saved = dravik::ReviewStore::load(read.reviewFile);
-        dravik::ReviewStore::validate(saved, raw);
-        read.document = std::make_shared<const dravik::ReviewDocument>(std::move(saved));
+        // The session's photo assessments follow the manifest, not the copy saved in the review.
+        read.document = std::make_shared<const dravik::ReviewDocument>(
+            dravik::ReviewStore::adopt(dravik::ReviewStore::load(read.reviewFile), raw));
         read.reopened = true;
     } else {
         read.document = std::make_shared<const dravik::ReviewDocument>(std::move(raw));

@@ -28,7 +28,7 @@ void validate(const ReviewDocument& document) {
     const std::vector<ReviewPair> pairs = PairReview::resolve(document.frames());
     for (const auto& [pairID, context] : document.leanPairContexts()) {
         auto pair = std::find_if(pairs.begin(), pairs.end(),
-                                 [&](const ReviewPair& p) { return p.id == pairID; });
+                                 [&id = pairID](const ReviewPair& p) { return p.id == id; });
         if (pair == pairs.end() || !pair->hasReference())
             refuse("Lean checks in " + file + " belong to pair " + json::quoted(pairID) +
                    ", which has no reference rider photo in this session");

@@ -108,7 +108,7 @@ Annotations readAnnotations(const json::Node& root, const std::vector<ReviewFram
     if (auto lean = root.find("leanAnnotations")) {
         for (const auto& [frameID, node] : lean->members()) {
             auto frame = std::find_if(frames.begin(), frames.end(),
-                                      [&](const ReviewFrame& f) { return f.id == frameID; });
+                                      [&id = frameID](const ReviewFrame& f) { return f.id == id; });
             if (frame == frames.end())
                 node.fail("belongs to a frame the document does not have");
             LeanAnnotation annotation = json::readLeanAnnotation(node);
