@@ -1,4 +1,9 @@
 // tessary-inspect: opens a session through the core library and prints what a reviewer would see.
+#include "dravik/error.h"
+#include "dravik/image.h"
+#include "dravik/joints.h"
+#include "dravik/store.h"
+
 #include <cstdio>
 #include <exception>
 #include <filesystem>
@@ -6,11 +11,6 @@
 #include <map>
 #include <string>
 #include <vector>
-
-#include "dravik/error.h"
-#include "dravik/image.h"
-#include "dravik/joints.h"
-#include "dravik/store.h"
 
 namespace fs = std::filesystem;
 using namespace dravik;

@@ -1,13 +1,13 @@
 #pragma once
 
+#include "dravik/geometry.h"
+
 #include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "dravik/geometry.h"
 
 namespace dravik {
 

@@ -18,7 +18,9 @@ struct PixelRect {
 
     double maxX() const { return x + width; }
     double maxY() const { return y + height; }
-    bool contains(const Point2& p) const { return p.x >= x && p.y >= y && p.x <= maxX() && p.y <= maxY(); }
+    bool contains(const Point2& p) const {
+        return p.x >= x && p.y >= y && p.x <= maxX() && p.y <= maxY();
+    }
     bool contains(const PixelRect& r) const {
         return r.x >= x && r.y >= y && r.maxX() <= maxX() && r.maxY() <= maxY();
     }

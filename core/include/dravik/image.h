@@ -1,13 +1,13 @@
 #pragma once
 
+#include "dravik/geometry.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
-
-#include "dravik/geometry.h"
 
 namespace dravik {
 
@@ -32,7 +32,7 @@ class ImageInput {
     static ImageInput load(const std::filesystem::path& file);
 
     const std::string& sourceHash() const { return sourceHash_; } // "sha256:" + 64 hex digits
-    ImageSize size() const { return size_; }                       // after EXIF orientation
+    ImageSize size() const { return size_; }                      // after EXIF orientation
     // The rectangle (in oriented pixels, rounded outwards, clipped to the photo) decoded.
     Image cropped(const PixelRect& rect) const;
     Image decoded() const; // the whole photo
@@ -42,8 +42,8 @@ class ImageInput {
     std::filesystem::path file_;
     std::shared_ptr<const std::vector<std::uint8_t>> bytes_;
     std::string sourceHash_;
-    ImageSize size_;     // oriented
-    ImageSize encoded_;  // as stored
+    ImageSize size_;      // oriented
+    ImageSize encoded_;   // as stored
     int orientation_ = 1; // EXIF 1..8
     Format format_ = Format::jpeg;
 };

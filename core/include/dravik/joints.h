@@ -1,12 +1,12 @@
 #pragma once
 
+#include "dravik/geometry.h"
+
 #include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
-
-#include "dravik/geometry.h"
 
 namespace dravik {
 

@@ -19,21 +19,22 @@ struct ReviewPair {
 };
 
 namespace PairReview {
-// Groups frames by pair id in document order; refuses two riders of one role or more than two frames.
+// Groups frames by pair id in document order; refuses two riders of one role or more than two
+// frames.
 std::vector<ReviewPair> resolve(const std::vector<ReviewFrame>& frames);
 } // namespace PairReview
 
 enum class CornerDirection { unknown, left, right };
-inline constexpr CornerDirection allCornerDirections[] = {CornerDirection::unknown,
-                                                           CornerDirection::left,
-                                                           CornerDirection::right};
+inline constexpr CornerDirection allCornerDirections[] = {
+    CornerDirection::unknown, CornerDirection::left, CornerDirection::right};
 std::string_view rawValue(CornerDirection direction); // "Unknown", "Left", "Right"
 std::optional<CornerDirection> cornerDirection(std::string_view rawValue);
 
 // A measured feature of a pair. In a left turn the left side is the inside.
 enum class PairFeature { insideElbow, outsideElbow, insideKnee, outsideKnee };
-inline constexpr PairFeature allPairFeatures[] = {PairFeature::insideElbow, PairFeature::outsideElbow,
-                                                  PairFeature::insideKnee, PairFeature::outsideKnee};
+inline constexpr PairFeature allPairFeatures[] = {
+    PairFeature::insideElbow, PairFeature::outsideElbow, PairFeature::insideKnee,
+    PairFeature::outsideKnee};
 std::string_view label(PairFeature feature);    // "Inside elbow", ...
 std::string_view rawValue(PairFeature feature); // "insideElbow", ...
 std::optional<PairFeature> pairFeature(std::string_view rawValue);
@@ -53,7 +54,8 @@ std::optional<KneePlacement> kneePlacement(std::string_view rawValue);
 enum class ViewComparability { unreviewed, comparable, notComparable };
 inline constexpr ViewComparability allViewComparabilities[] = {
     ViewComparability::unreviewed, ViewComparability::comparable, ViewComparability::notComparable};
-std::string_view label(ViewComparability comparability); // "Unreviewed", "Comparable", "Not comparable"
+std::string_view
+label(ViewComparability comparability); // "Unreviewed", "Comparable", "Not comparable"
 std::string_view rawValue(ViewComparability comparability);
 std::optional<ViewComparability> viewComparability(std::string_view rawValue);
 

@@ -19,7 +19,8 @@ std::vector<T> parallelMap(std::size_t count, const std::function<T(std::size_t)
                            unsigned threads = 0) {
     if (threads == 0)
         threads = std::max(1u, std::thread::hardware_concurrency());
-    threads = static_cast<unsigned>(std::min<std::size_t>(threads, std::max<std::size_t>(count, 1)));
+    threads =
+        static_cast<unsigned>(std::min<std::size_t>(threads, std::max<std::size_t>(count, 1)));
     std::vector<std::optional<T>> results(count);
     std::vector<std::exception_ptr> failures(count);
     std::atomic<std::size_t> next{0};

@@ -1,5 +1,12 @@
 #pragma once
 
+#include "dravik/detection.h"
+#include "dravik/geometry.h"
+#include "dravik/joints.h"
+#include "dravik/lean.h"
+#include "dravik/pairs.h"
+#include "dravik/uuid.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -9,18 +16,11 @@
 #include <utility>
 #include <vector>
 
-#include "dravik/detection.h"
-#include "dravik/geometry.h"
-#include "dravik/joints.h"
-#include "dravik/lean.h"
-#include "dravik/pairs.h"
-#include "dravik/uuid.h"
-
 namespace dravik {
 
 // One photo of a session with its detections and the reviewer's edits.
 struct ReviewFrame {
-    std::string id; // pairID + "/" + riderID
+    std::string id;   // pairID + "/" + riderID
     std::string role; // "subject" or "reference"
     std::string riderDisplayName;
     std::string name; // the pair's title
@@ -31,8 +31,8 @@ struct ReviewFrame {
     PixelRect crop;
     std::string pairID;
     std::string riderID;
-    std::vector<DravikResult> raw;        // from the results file, in file order
-    std::vector<DetectionRetry> retries;  // accepted re-detections, oldest first
+    std::vector<DravikResult> raw;          // from the results file, in file order
+    std::vector<DetectionRetry> retries;    // accepted re-detections, oldest first
     std::map<std::string, JointEdit> edits; // by joint name
     bool operator==(const ReviewFrame&) const = default;
 
@@ -56,7 +56,8 @@ struct ReviewFrame {
 class ReviewDocument {
   public:
     ReviewDocument() = default;
-    ReviewDocument(std::string identity, std::vector<ReviewFrame> frames, std::int64_t revision = 0);
+    ReviewDocument(std::string identity, std::vector<ReviewFrame> frames,
+                   std::int64_t revision = 0);
 
     // "sha256:" + hex digest of the results file the document was made from.
     const std::string& identity() const { return identity_; }
@@ -73,18 +74,26 @@ class ReviewDocument {
 
     // Lean lines by frame id, and the reviewer's contexts by pair id. Storing or removing (none)
     // raises the revision by one; the caller validates first (LeanAnnotation::validate).
-    const std::map<std::string, LeanAnnotation>& leanAnnotations() const { return leanAnnotations_; }
+    const std::map<std::string, LeanAnnotation>& leanAnnotations() const {
+        return leanAnnotations_;
+    }
     const LeanAnnotation* leanAnnotation(std::string_view frameID) const;
-    void setLeanAnnotation(const std::string& frameID, const std::optional<LeanAnnotation>& annotation);
+    void setLeanAnnotation(const std::string& frameID,
+                           const std::optional<LeanAnnotation>& annotation);
     const std::map<std::string, PairContext>& pairContexts() const { return pairContexts_; }
     const PairContext* pairContext(std::string_view pairID) const;
     void setPairContext(const std::string& pairID, const std::optional<PairContext>& context);
-    const std::map<std::string, LeanPairContext>& leanPairContexts() const { return leanPairContexts_; }
+    const std::map<std::string, LeanPairContext>& leanPairContexts() const {
+        return leanPairContexts_;
+    }
     const LeanPairContext* leanPairContext(std::string_view pairID) const;
-    void setLeanPairContext(const std::string& pairID, const std::optional<LeanPairContext>& context);
+    void setLeanPairContext(const std::string& pairID,
+                            const std::optional<LeanPairContext>& context);
 
     // The photo assessment of each pair, copied from the manifest when the document is made.
-    const std::map<std::string, PairPhotoAssessment>& pairAssessments() const { return pairAssessments_; }
+    const std::map<std::string, PairPhotoAssessment>& pairAssessments() const {
+        return pairAssessments_;
+    }
     void setPairAssessments(std::map<std::string, PairPhotoAssessment> assessments) {
         pairAssessments_ = std::move(assessments);
     }

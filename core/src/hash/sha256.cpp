@@ -1,10 +1,9 @@
 #include "hash/sha256.h"
 
-#include <openssl/evp.h>
+#include "dravik/error.h"
 
 #include <array>
-
-#include "dravik/error.h"
+#include <openssl/evp.h>
 
 namespace dravik {
 
