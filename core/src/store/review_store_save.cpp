@@ -6,6 +6,9 @@
 
 #include <cerrno>
 #include <fcntl.h>
+#include <map>
+#include <mutex>
+#include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -44,6 +47,49 @@ std::optional<std::string> readIfPresent(const std::filesystem::path& file) {
     return bytes;
 }
 
+// What this process last wrote to a review file. A file whose identity and times still match was
+// not touched since, so its revision is known without reading and decoding it again; a rename
+// over it (new inode) or any write (new modification time) makes it unknown.
+struct WrittenFile {
+    dev_t device = 0;
+    ino_t inode = 0;
+    off_t size = 0;
+    timespec modified{};
+    timespec changed{};
+    std::int64_t revision = 0;
+
+    bool matches(const struct stat& info) const {
+        return info.st_dev == device && info.st_ino == inode && info.st_size == size &&
+               info.st_mtim.tv_sec == modified.tv_sec && info.st_mtim.tv_nsec == modified.tv_nsec &&
+               info.st_ctim.tv_sec == changed.tv_sec && info.st_ctim.tv_nsec == changed.tv_nsec;
+    }
+};
+
+std::mutex writtenMutex;
+std::map<std::filesystem::path, WrittenFile> written;
+
+std::optional<std::int64_t> knownRevision(const std::filesystem::path& file) {
+    struct stat info {};
+    if (::stat(file.c_str(), &info) != 0)
+        return std::nullopt;
+    const std::lock_guard guard(writtenMutex);
+    auto it = written.find(file);
+    if (it == written.end() || !it->second.matches(info))
+        return std::nullopt;
+    return it->second.revision;
+}
+
+void rememberWritten(const std::filesystem::path& file, std::int64_t revision) {
+    struct stat info {};
+    const std::lock_guard guard(writtenMutex);
+    if (::stat(file.c_str(), &info) != 0) {
+        written.erase(file);
+        return;
+    }
+    written.insert_or_assign(file, WrittenFile{info.st_dev, info.st_ino, info.st_size, info.st_mtim,
+                                               info.st_ctim, revision});
+}
+
 // A file that is not a review this library can read (another format, a newer version, damage)
 // is refused rather than overwritten: it may be someone's work.
 std::optional<std::int64_t> revisionOnDisk(const std::filesystem::path& file) {
@@ -69,7 +115,9 @@ void ReviewStore::save(const ReviewDocument& document, const std::filesystem::pa
     const FileLock lock(file);
     // Every writer holds the lock, so any temporary of ours left now belongs to a dead writer.
     removeStaleTemporaries(file);
-    const auto onDisk = revisionOnDisk(file);
+    auto onDisk = knownRevision(file);
+    if (!onDisk)
+        onDisk = revisionOnDisk(file);
     if (onDisk && !expectedRevision)
         throw DravikError("The review " + quotedName(file) + " was created elsewhere (revision " +
                           std::to_string(*onDisk) + " on disk, none expected); nothing was saved.");
@@ -78,6 +126,7 @@ void ReviewStore::save(const ReviewDocument& document, const std::filesystem::pa
                           std::to_string(*onDisk) + " on disk, " +
                           std::to_string(*expectedRevision) + " expected); nothing was saved.");
     writeFileAtomically(file, bytes);
+    rememberWritten(file, document.revision());
 }
 
 } // namespace dravik
