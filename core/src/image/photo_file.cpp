@@ -2,6 +2,7 @@
 
 #include "dravik/error.h"
 #include "image/photo_text.h"
+#include "io/file_descriptor.h"
 
 #include <cerrno>
 #include <cstring>
@@ -15,21 +16,6 @@ namespace dravik {
 namespace {
 
 constexpr std::uint64_t maxPhotoBytes = 256ull << 20;
-
-class FileDescriptor {
-  public:
-    explicit FileDescriptor(int fd) : fd_(fd) {}
-    FileDescriptor(const FileDescriptor&) = delete;
-    FileDescriptor& operator=(const FileDescriptor&) = delete;
-    ~FileDescriptor() {
-        if (fd_ >= 0)
-            ::close(fd_);
-    }
-    int get() const { return fd_; }
-
-  private:
-    int fd_;
-};
 
 [[noreturn]] void failRead(const std::filesystem::path& file, int error) {
     throw DravikError(quotedFileName(file) + " cannot be read (" + std::strerror(error) + ").");

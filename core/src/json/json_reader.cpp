@@ -1,5 +1,7 @@
 #include "json/json_reader.h"
 
+#include "io/file_descriptor.h"
+
 #include <cerrno>
 #include <cmath>
 #include <cstring>
@@ -46,21 +48,6 @@ std::string lowerFirst(std::string text) {
 std::string readProblem(int error) {
     return lowerFirst(std::strerror(error));
 }
-
-class FileDescriptor {
-  public:
-    explicit FileDescriptor(int fd) : fd_(fd) {}
-    FileDescriptor(const FileDescriptor&) = delete;
-    FileDescriptor& operator=(const FileDescriptor&) = delete;
-    ~FileDescriptor() {
-        if (fd_ >= 0)
-            ::close(fd_);
-    }
-    int get() const { return fd_; }
-
-  private:
-    int fd_;
-};
 
 // Thrown by the parse callback; turned into a sentence once parsing has stopped.
 struct Refusal {
