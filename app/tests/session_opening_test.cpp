@@ -291,6 +291,14 @@ TEST_F(ModelTest, OpensTheBundledSampleSession) {
     model.load(temp.path() / "sample" / "session.json", temp.path() / "sample" / "results.json");
     EXPECT_EQ(model.error(), std::nullopt);
     EXPECT_EQ(model.images().size(), model.document()->frames().size());
+    // Every companion file is accepted: no notice about framing or coaching files.
+    EXPECT_EQ(model.message().find("unavailable"), std::string::npos) << model.message();
+    EXPECT_EQ(model.singlePhotoCoachingError(), std::nullopt);
+    EXPECT_EQ(model.coachingChecklistError(), std::nullopt);
+    EXPECT_EQ(model.framingRegions().size(), 3u);
+    EXPECT_EQ(model.leanProposals().size(), 3u);
+    EXPECT_EQ(model.coachingChecklists().count("turn-3"), 1u);
+    EXPECT_EQ(model.singlePhotoCoaching().count(alex5), 1u);
 }
 
 } // namespace tessary::test

@@ -269,6 +269,11 @@ std::vector<Vec2> figureOutline(const Camera& camera, const RiderPose& pose) {
     return points;
 }
 
+std::pair<Vec2, Vec2> frontWheelAxis(const Camera& camera) {
+    return {camera.project(frontAxle - Vec3{0, 0, tyreRadius}),
+            camera.project(frontAxle + Vec3{0, 0, tyreRadius})};
+}
+
 void drawFigure(Canvas& canvas, const Camera& camera, const RiderPose& pose, const RiderLook& look,
                 int turn, double lean, std::uint64_t textureSeed) {
     const Painter paint(camera, textureSeed);

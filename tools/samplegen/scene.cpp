@@ -154,6 +154,9 @@ RenderedPhoto renderPhoto(const PhotoScene& scene, int width, int height) {
         by1 = std::max(by1, p.y);
     }
     photo.riderBox = {bx0, by0, bx1 - bx0, by1 - by0};
+    const auto [contact, top] = frontWheelAxis(camera);
+    photo.wheelContact = {contact.x, contact.y};
+    photo.wheelTop = {top.x, top.y};
     return photo;
 }
 

@@ -56,6 +56,7 @@ struct RenderedPhoto {
     std::array<dravik::Point2, jointCount> joints; // where each joint was drawn
     std::array<bool, jointCount> farSide{};        // on the far side of the motorcycle
     dravik::PixelRect riderBox;                    // the joints' bounding box
+    dravik::Point2 wheelContact, wheelTop;         // the front wheel's upright axis
 };
 
 RenderedPhoto renderPhoto(const PhotoScene& scene, int width, int height);

@@ -1,7 +1,9 @@
+#include "companions.h"
 #include "dravik/detection.h"
 #include "dravik/error.h"
 #include "dravik/joints.h"
 #include "dravik/manifest.h"
+#include "dravik/store.h"
 #include "hash/sha256.h"
 #include "jpeg_writer.h"
 #include "samplegen.h"
@@ -11,6 +13,7 @@
 #include <cmath>
 #include <cstdio>
 #include <fstream>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -170,6 +173,7 @@ void writeSession(const std::filesystem::path& folder, const Options& options) {
                          ? "Sample session"
                          : "Generated session · " + std::to_string(shots.size()) + " photos";
     dravik::ResultsFile results{"synthetic", "1", {}};
+    std::map<std::string, WheelAxis> wheels;
     for (const Shot& shot : shots) {
         const RenderedPhoto photo = renderPhoto(shot.scene, size.width, size.height);
         const std::vector<std::uint8_t> jpeg =
@@ -195,6 +199,7 @@ void writeSession(const std::filesystem::path& folder, const Options& options) {
         found.results.push_back(detection(photo, "3D", pixelSigma, noise));
         found.results.push_back(detection(photo, "2D", pixelSigma * 1.4, noise));
         const std::string frameID = shot.pairID + "/" + shot.riderID;
+        wheels[frameID] = {photo.wheelContact, photo.wheelTop};
         for (auto& result : found.results) {
             if (options.bundled && frameID == bundledMissingFrame &&
                 result.kind == bundledMissingKind)
@@ -211,6 +216,12 @@ void writeSession(const std::filesystem::path& folder, const Options& options) {
     writeFile(folder / "session.json", manifestText.data(), manifestText.size());
     const std::string resultsText = results.encode();
     writeFile(folder / "results.json", resultsText.data(), resultsText.size());
+    if (!options.bundled)
+        return;
+    const dravik::ReviewDocument raw =
+        dravik::ReviewStore::make(folder / "session.json", folder / "results.json");
+    for (const CompanionFile& file : bundledCompanions(raw, wheels))
+        writeFile(folder / file.name, file.text.data(), file.text.size());
 }
 
 } // namespace tessary::samplegen

@@ -4,6 +4,7 @@
 #include "samplegen.h"
 
 #include <random>
+#include <set>
 #include <unistd.h>
 
 namespace tessary::test {
@@ -30,9 +31,18 @@ samplegen::Options bundledOptions() {
     return options;
 }
 
-SessionFiles copied(const fs::path& source, const fs::path& folder) {
-    fs::create_directories(folder.parent_path());
-    fs::copy(source, folder, fs::copy_options::recursive);
+bool isCompanion(const fs::path& file) {
+    static const std::set<std::string> names{"lean-proposals.json", "photo-framing.json",
+                                             "single-photo-coaching.json",
+                                             "coaching-checklist.json"};
+    return names.contains(file.filename().string());
+}
+
+SessionFiles copied(const fs::path& source, const fs::path& folder, bool companions) {
+    fs::create_directories(folder);
+    for (const fs::directory_entry& entry : fs::directory_iterator(source))
+        if (companions || !isCompanion(entry.path()))
+            fs::copy_file(entry.path(), folder / entry.path().filename());
     return {folder, folder / "session.json", folder / "results.json"};
 }
 
@@ -70,8 +80,8 @@ dravik::ReviewDocument SessionFiles::saved() const {
     return dravik::ReviewStore::load(review());
 }
 
-SessionFiles bundledSession(const fs::path& folder) {
-    return copied(generated("bundled", bundledOptions()), folder);
+SessionFiles bundledSession(const fs::path& folder, bool companions) {
+    return copied(generated("bundled", bundledOptions()), folder, companions);
 }
 
 void regenerateSessions() {
@@ -83,8 +93,8 @@ ModelTest::ModelTest()
     : chooser(std::make_shared<ScriptedChooser>()), model(Bundle(temp.path() / "bundle"), chooser) {
 }
 
-SessionFiles ModelTest::openBundled(const std::string& name) {
-    SessionFiles session = bundledSession(temp.path() / name);
+SessionFiles ModelTest::openBundled(const std::string& name, bool companions) {
+    SessionFiles session = bundledSession(temp.path() / name, companions);
     model.load(session.manifest, session.results);
     EXPECT_EQ(model.error(), std::nullopt);
     return session;

@@ -46,8 +46,9 @@ struct SessionFiles {
 };
 
 // The generated bundled sample: pair "turn-3" (subject Alex, reference Sam) and "turn-5"
-// (Alex alone), copied into `folder`.
-SessionFiles bundledSession(const fs::path& folder);
+// (Alex alone), copied into `folder`. Its companion files (lean proposals, framing, coaching)
+// only when asked for: most tests want the bare photos and detections.
+SessionFiles bundledSession(const fs::path& folder, bool companions = false);
 // Generates the sessions the tests copy, replacing any left by an earlier build.
 void regenerateSessions();
 
@@ -60,7 +61,7 @@ class ModelTest : public ::testing::Test {
     ModelTest();
 
     // Opens a fresh copy of the bundled sample in a folder of its own; fails the test on error.
-    SessionFiles openBundled(const std::string& name = "session");
+    SessionFiles openBundled(const std::string& name = "session", bool companions = false);
     std::int64_t indexOf(const std::string& frameID) const;
     const dravik::ReviewFrame& frameOf(const std::string& frameID) const;
     std::optional<dravik::JointEdit> editOf(const std::string& frameID,

@@ -1,11 +1,16 @@
+#include "dravik/analysis.h"
+#include "dravik/coaching.h"
 #include "dravik/detection.h"
 #include "dravik/error.h"
+#include "dravik/framing.h"
 #include "dravik/image.h"
+#include "dravik/lean_analysis.h"
 #include "dravik/manifest.h"
 #include "dravik/pairs.h"
 #include "dravik/store.h"
 #include "samplegen.h"
 
+#include <algorithm>
 #include <cmath>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -48,6 +53,12 @@ const dravik::JointResult* joint(const dravik::ResultsFile& results, std::string
                             return &j;
     return nullptr;
 }
+
+constexpr const char* bundledFiles[] = {"turn-3-alex.jpg",        "turn-3-sam.jpg",
+                                        "turn-5-alex.jpg",        "session.json",
+                                        "results.json",           "lean-proposals.json",
+                                        "photo-framing.json",     "single-photo-coaching.json",
+                                        "coaching-checklist.json"};
 
 // What must hold for any generated session: the core opens it, every photo is the one the
 // manifest names, and the detections sit inside the rider's crop within the panel.
@@ -125,13 +136,24 @@ TEST(SampleSession, CommittedSampleOpensWithItsDeliberateGaps) {
     EXPECT_EQ(assessment.coaching.size(), 2u);
 }
 
+// The committed sample is exactly what the generator writes with the default options, so a
+// change to the generator shows up here until the sample is regenerated.
+TEST(SampleSession, CommittedSampleIsTheGeneratorsOutput) {
+    const TempFolder fresh;
+    sg::writeSession(fresh.path(), {.bundled = true});
+    const fs::path committed = fs::path(TESSARY_SOURCE_DIR) / "data" / "sample-session";
+    for (const char* name : bundledFiles) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(bytes(committed / name), bytes(fresh.path() / name));
+    }
+}
+
 TEST(SampleSession, SameSeedGivesTheSameBytes) {
     const TempFolder a, b, c;
     sg::writeSession(a.path(), {.seed = 4, .bundled = true});
     sg::writeSession(b.path(), {.seed = 4, .bundled = true});
     sg::writeSession(c.path(), {.seed = 5, .bundled = true});
-    for (const char* name :
-         {"turn-3-alex.jpg", "turn-3-sam.jpg", "turn-5-alex.jpg", "session.json", "results.json"}) {
+    for (const char* name : bundledFiles) {
         SCOPED_TRACE(name);
         const std::string first = bytes(a.path() / name);
         EXPECT_FALSE(first.empty());
@@ -165,4 +187,57 @@ TEST(SampleSession, RefusesAnEmptySession) {
     const TempFolder folder;
     EXPECT_THROW(sg::writeSession(folder.path(), {.photos = 0}), dravik::DravikError);
     EXPECT_THROW(sg::writeSession(folder.path(), {.megapixels = 0}), dravik::DravikError);
+}
+
+// The companion files are what a reviewer finds beside the photos: each loads through the core
+// against the session's frames, and together they exercise the panels that read them.
+TEST(SampleSession, CompanionFilesLoadAgainstTheSession) {
+    const TempFolder folder;
+    sg::writeSession(folder.path(), {.bundled = true});
+    const dravik::ReviewDocument raw =
+        dravik::ReviewStore::make(folder.path() / "session.json", folder.path() / "results.json");
+    const auto& frames = raw.frames();
+
+    const auto proposals = dravik::loadLeanProposals(folder.path() / "lean-proposals.json");
+    ASSERT_EQ(proposals.size(), 3u);
+    for (const dravik::LeanAnnotation& proposal : proposals) {
+        SCOPED_TRACE(proposal.frameID);
+        const dravik::ReviewFrame& frame = *raw.frame(proposal.frameID);
+        EXPECT_NO_THROW(proposal.validate(frame));
+        EXPECT_NE(proposal.provenance, dravik::reviewerProvenance);
+        EXPECT_FALSE(proposal.wheelReviewed || proposal.referenceReviewed);
+        const auto measured = dravik::LeanAnalysis::measure(proposal);
+        ASSERT_TRUE(measured);
+        // The drawn motorcycles lean hard; a proposal that stood upright would be wrong.
+        EXPECT_GT(std::abs(measured->angle), 15.0);
+        EXPECT_LT(std::abs(measured->angle), 75.0);
+        // The wheel axis runs from the contact point up through the drawn wheel.
+        EXPECT_TRUE(frame.panel.contains(proposal.wheel->a));
+        EXPECT_LT(proposal.wheel->b.y, proposal.wheel->a.y);
+    }
+
+    const auto framing =
+        dravik::PhotoFramingRegion::load(folder.path() / "photo-framing.json", frames);
+    ASSERT_EQ(framing.size(), 3u);
+    EXPECT_EQ(framing.at("turn-3/sam"), raw.frame("turn-3/sam")->crop);
+
+    const auto notes =
+        dravik::SinglePhotoCoaching::load(folder.path() / "single-photo-coaching.json", frames);
+    ASSERT_EQ(notes.size(), 1u);
+    EXPECT_FALSE(notes.at("turn-5/alex").observations.empty());
+
+    const auto checklists =
+        dravik::CoachingChecklist::load(folder.path() / "coaching-checklist.json", frames);
+    ASSERT_EQ(checklists.size(), 1u);
+    const auto rows = dravik::CoachingChecklist::rows(checklists.at("turn-3"));
+    const auto assessed = std::count_if(rows.begin(), rows.end(), [](const auto& row) {
+        return row.status != dravik::CoachingReviewStatus::notAssessed;
+    });
+    EXPECT_GT(assessed, 0);
+    EXPECT_LT(assessed, static_cast<long>(rows.size()));
+
+    const auto pairs = dravik::PairReview::resolve(frames);
+    const dravik::PairReport report =
+        dravik::PairAnalysis::analyze(raw, pairs.front(), dravik::RuleCatalog::production());
+    EXPECT_TRUE(report.hasPhotoCoaching);
 }
