@@ -90,6 +90,13 @@ TEST(ReviewStoreCodec, RoundTripsEditsRetriesAndRevision) {
     test::writeText(dir / "review.json", text);
     EXPECT_EQ(ReviewStore::load(dir / "review.json"), document);
     EXPECT_EQ(ReviewStore::encode(ReviewStore::decode(text, "review.json")), text);
+    // Saves assemble the text from each frame's own; it must still be one plain pretty dump.
+    EXPECT_EQ(Json::parse(text).dump(2) + "\n", text);
+    ReviewDocument edited = document;
+    edited.setJoint(1, "left_knee", Point2{7, 8}, JointReviewState::corrected);
+    const std::string editedText = ReviewStore::encode(edited);
+    EXPECT_EQ(Json::parse(editedText).dump(2) + "\n", editedText);
+    EXPECT_EQ(ReviewStore::decode(editedText, "review.json"), edited);
 
     ReviewDocument broken = document;
     broken.setJoint(1, "nose", Point2{1, 2}, JointReviewState::corrected);

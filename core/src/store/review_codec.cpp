@@ -6,7 +6,9 @@
 #include "json/document_io.h"
 #include "json/geometry_codec.h"
 #include <algorithm>
+#include <functional>
 #include <map>
+#include <mutex>
 #include <set>
 
 namespace dravik {
@@ -146,22 +148,37 @@ Annotations readAnnotations(const json::Node& root, const std::vector<ReviewFram
     return out;
 }
 
-ReviewDocument read(const json::Node& root) {
+// Refuses a frame whose id or pair role repeats one already admitted.
+void admitFrame(const ReviewFrame& frame, std::set<std::string>& ids,
+                std::set<std::pair<std::string, std::string>>& pairRoles,
+                const std::function<void(std::string_view key, const std::string& problem)>& fail) {
+    if (!ids.insert(frame.id).second)
+        fail("id", "repeats the id of another frame");
+    if (!pairRoles.emplace(frame.pairID, frame.role).second)
+        fail("role", "repeats the role of another frame of the same pair");
+}
+
+// Everything but the frames: format, identity, revision.
+std::pair<std::string, std::int64_t> readHead(const json::Node& root) {
     json::expectHeader(root, format, 1);
     std::string identity = json::readContentHash(root["identity"]);
     json::Node revisionNode = root["revision"];
     std::int64_t revision = revisionNode.integer();
     if (revision < 0)
         revisionNode.fail("must not be negative");
+    return {std::move(identity), revision};
+}
+
+ReviewDocument read(const json::Node& root) {
+    auto [identity, revision] = readHead(root);
     std::vector<ReviewFrame> frames;
     std::set<std::string> ids;
     std::set<std::pair<std::string, std::string>> pairRoles;
     for (const json::Node& item : root["frames"].items()) {
         ReviewFrame frame = readFrame(item);
-        if (!ids.insert(frame.id).second)
-            item["id"].fail("repeats the id of another frame");
-        if (!pairRoles.emplace(frame.pairID, frame.role).second)
-            item["role"].fail("repeats the role of another frame of the same pair");
+        admitFrame(frame, ids, pairRoles, [&](std::string_view key, const std::string& problem) {
+            item[std::string(key)].fail(problem);
+        });
         frames.push_back(std::move(frame));
     }
     Annotations annotations = readAnnotations(root, frames);
@@ -221,16 +238,73 @@ json::Json writeFrame(const ReviewFrame& frame) {
                       {"edits", writeEdits(frame.edits)}};
 }
 
+std::string framePath(std::size_t index) {
+    return "frames[" + std::to_string(index) + "]";
+}
+
+// An edit changes one frame, yet every save writes them all: the text of each frame, checked by
+// the reader once, is kept while the frame stays equal, so a save re-encodes only what changed.
+class FrameTexts {
+  public:
+    // `index` names the frame in messages only.
+    std::string text(const ReviewFrame& frame, std::size_t index) {
+        {
+            const std::lock_guard guard(mutex_);
+            auto it = texts_.find(frame.id);
+            if (it != texts_.end() && it->second.frame == frame)
+                return it->second.text;
+        }
+        std::string text = encodeFrame(frame, index);
+        const std::lock_guard guard(mutex_);
+        if (texts_.size() >= maxFrames)
+            texts_.clear();
+        texts_.insert_or_assign(frame.id, Entry{frame, text});
+        return text;
+    }
+
+  private:
+    static constexpr std::size_t maxFrames = 4096;
+    struct Entry {
+        ReviewFrame frame;
+        std::string text;
+    };
+
+    // The frame as an element of the document's "frames" array, indented to sit there.
+    static std::string encodeFrame(const ReviewFrame& frame, std::size_t index) {
+        const json::Json value = writeFrame(frame);
+        const json::Source source{"", std::string(kind), true};
+        readFrame(json::Node(value, source, framePath(index)));
+        std::string text = json::dump(value, kind, json::Layout::pretty);
+        if (!text.empty() && text.back() == '\n')
+            text.pop_back();
+        std::string indented = "    ";
+        indented.reserve(text.size() + text.size() / 8);
+        for (char c : text) {
+            indented += c;
+            if (c == '\n')
+                indented += "    ";
+        }
+        return indented;
+    }
+
+    std::mutex mutex_;
+    std::map<std::string, Entry> texts_;
+};
+
+FrameTexts& frameTexts() {
+    static FrameTexts texts;
+    return texts;
+}
+
 } // namespace
 
+// Pretty text byte for byte as one dump of the whole tree would give, assembled from the frames'
+// texts; the reader's checks run on every part before anything is returned.
 std::string ReviewStore::encode(const ReviewDocument& document) {
     json::Json root = json::header(format, 1);
     root["identity"] = document.identity();
     root["revision"] = document.revision();
-    json::Json frames = json::Json::array();
-    for (const ReviewFrame& frame : document.frames())
-        frames.push_back(writeFrame(frame));
-    root["frames"] = std::move(frames);
+    root["frames"] = json::Json::array();
     json::Json lean = json::Json::object();
     for (const auto& [frameID, annotation] : document.leanAnnotations())
         lean[frameID] = json::write(annotation);
@@ -247,7 +321,31 @@ std::string ReviewStore::encode(const ReviewDocument& document) {
     for (const auto& [pairID, assessment] : document.pairAssessments())
         assessments[pairID] = toJson(assessment);
     root["pairAssessments"] = std::move(assessments);
-    return json::encodeDocument(root, kind, json::Layout::pretty, read);
+
+    const json::Source source{"", std::string(kind), true};
+    const json::Node rootNode(root, source);
+    readHead(rootNode);
+    std::set<std::string> ids;
+    std::set<std::pair<std::string, std::string>> pairRoles;
+    std::string frames;
+    for (std::size_t i = 0; i < document.frames().size(); ++i) {
+        const ReviewFrame& frame = document.frames()[i];
+        admitFrame(frame, ids, pairRoles, [&](std::string_view key, const std::string& problem) {
+            json::Node(root, source, framePath(i)).failMember(key, problem);
+        });
+        frames += frames.empty() ? "[\n" : ",\n";
+        frames += frameTexts().text(frame, i);
+    }
+    readAnnotations(rootNode, document.frames());
+
+    std::string text = json::dump(root, kind, json::Layout::pretty);
+    if (frames.empty())
+        return text;
+    frames += "\n  ]";
+    constexpr std::string_view emptyFrames = "\n  \"frames\": []";
+    const std::size_t at = text.find(emptyFrames);
+    text.replace(at + emptyFrames.size() - 2, 2, frames);
+    return text;
 }
 
 ReviewDocument ReviewStore::decode(std::string_view text, const std::string& fileLabel) {
