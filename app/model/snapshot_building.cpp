@@ -7,9 +7,11 @@ Snapshot ReviewerModel::makeSnapshot(const std::optional<std::string>& pairID,
     const std::vector<dravik::ReviewPair> resolved =
         dravik::PairReview::resolve(document->frames());
     std::optional<dravik::PairReport> report;
+    // A rider photo without a reference rider has nothing to compare: no pair report, so the
+    // window shows that photo's own coaching instead.
     if (pairID)
         for (const dravik::ReviewPair& candidate : resolved)
-            if (candidate.id == *pairID) {
+            if (candidate.id == *pairID && candidate.hasReference()) {
                 report = dravik::PairAnalysis::analyze(*document, candidate,
                                                        dravik::RuleCatalog::production());
                 break;
