@@ -23,4 +23,9 @@ class Bundle {
     std::filesystem::path root_;
 };
 
+// A path as written in a resource file. A leading "~" stands for the user's home folder and a
+// leading "$XDG_DATA_HOME" for the user's data folder (~/.local/share when unset), so that one
+// installed file serves every user; any other text is the path itself.
+std::filesystem::path expandUserPath(std::string_view text);
+
 } // namespace tessary

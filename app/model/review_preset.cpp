@@ -1,5 +1,7 @@
 #include "review_preset.h"
 
+#include "bundle.h"
+
 #include <QByteArray>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -18,8 +20,9 @@ std::optional<ReviewPreset> decodePreset(const QJsonValue& value) {
     const QJsonValue results = object.value("results");
     if (object.size() != 3 || !title.isString() || !manifest.isString() || !results.isString())
         return std::nullopt;
-    return ReviewPreset{title.toString().toStdString(), manifest.toString().toStdString(),
-                        results.toString().toStdString()};
+    return ReviewPreset{title.toString().toStdString(),
+                        expandUserPath(manifest.toString().toStdString()).string(),
+                        expandUserPath(results.toString().toStdString()).string()};
 }
 
 } // namespace

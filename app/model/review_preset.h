@@ -19,7 +19,7 @@ struct ReviewPreset {
 };
 
 // A JSON array of objects with exactly the string keys "title", "manifest" and "results";
-// none when the text is anything else.
+// none when the text is anything else. The paths are expanded as expandUserPath does.
 std::optional<std::vector<ReviewPreset>> decodePresets(const QByteArray& json);
 
 } // namespace tessary

@@ -3,6 +3,7 @@
 #include "bundle.h"
 #include "dravik/analysis.h"
 #include "dravik/coaching.h"
+#include "dravik/detection.h"
 #include "dravik/geometry.h"
 #include "dravik/lean.h"
 #include "dravik/pairs.h"
@@ -18,6 +19,7 @@
 
 #include <QImage>
 #include <QObject>
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -170,6 +172,29 @@ class ReviewerModel : public QObject {
     void nudgeLean(double dx, double dy);
     void updateLeanContext(dravik::LeanPairContext context, bool approve = false);
 
+    // Detection retry and session discovery: the batch program runs on a background thread and
+    // its answer comes back to the GUI thread.
+    // How long the batch program may run before it is stopped; tests shorten these.
+    struct BatchLimits {
+        std::chrono::milliseconds poll{100};
+        std::chrono::milliseconds retryTimeout{60'000};
+        std::chrono::milliseconds retryGrace{500};
+        std::chrono::milliseconds analysisTimeout{900'000};
+        std::chrono::milliseconds analysisGrace{300};
+    };
+    // Writes the results file of one photo folder's manifest, or throws. Runs off the GUI thread.
+    using AnalyzeFolder = std::function<void(const std::filesystem::path& manifest,
+                                             const std::filesystem::path& output)>;
+    void retryDetection(bool fullPhoto);
+    void acceptRetry(const dravik::DetectionRetry& retry, const std::string& frameID,
+                     const dravik::Uuid& session);
+    // Without `analyze`, folders are analysed by the batch program.
+    void discoverSessions(std::optional<std::filesystem::path> dataDirectory = std::nullopt,
+                          AnalyzeFolder analyze = {});
+    void discoverSessionsOnLaunch(); // once per model
+    const BatchLimits& batchLimits() const { return batchLimits_; }
+    void setBatchLimits(const BatchLimits& limits) { batchLimits_ = limits; }
+
   signals:
     void presetsChanged();
     void detectingChanged();  // isDetecting
@@ -302,6 +327,7 @@ class ReviewerModel : public QObject {
     std::map<std::string, dravik::LeanAnnotation> leanProposals_;
     std::optional<std::filesystem::path> manifestURL_;
     std::optional<std::filesystem::path> reviewURL_;
+    BatchLimits batchLimits_;
 };
 
 } // namespace tessary

@@ -1,0 +1,201 @@
+#include "workers_support.h"
+
+#include <QThreadPool>
+#include <atomic>
+#include <fstream>
+#include <future>
+
+namespace tessary::test {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+const std::string needsFolder = "Automatic discovery needs a configured data folder.";
+
+// Points XDG_DATA_HOME elsewhere for as long as it lives.
+class DataHome {
+  public:
+    explicit DataHome(const fs::path& folder)
+        : wasSet_(qEnvironmentVariableIsSet("XDG_DATA_HOME")), old_(qgetenv("XDG_DATA_HOME")) {
+        qputenv("XDG_DATA_HOME", folder.string().c_str());
+    }
+    ~DataHome() {
+        if (wasSet_)
+            qputenv("XDG_DATA_HOME", old_);
+        else
+            qunsetenv("XDG_DATA_HOME");
+    }
+
+  private:
+    bool wasSet_;
+    QByteArray old_;
+};
+
+class DiscoveryTest : public ModelTest {
+  protected:
+    fs::path bundleRoot() const { return temp.path() / "bundle"; }
+    fs::path resource(const std::string& name) const {
+        return Bundle(bundleRoot()).resourcePath(name);
+    }
+    void writeResource(const std::string& name, const std::string& text) const {
+        fs::create_directories(resource(name).parent_path());
+        std::ofstream(resource(name)) << text;
+    }
+    void discover(std::optional<fs::path> folder = std::nullopt,
+                  ReviewerModel::AnalyzeFolder analyze = {}) {
+        model.discoverSessions(std::move(folder), std::move(analyze));
+        ASSERT_TRUE(waitUntil([&] { return !model.isDiscovering(); }));
+    }
+    ReviewPreset presetFor(const std::string& title, const fs::path& folder) const {
+        return {title, (folder / "session.json").string(), (folder / "results.json").string()};
+    }
+
+    fs::path data = temp.path() / "data";
+};
+
+TEST_F(DiscoveryTest, ReadyNewAndBrokenFoldersBecomePresetsAndFailureLines) {
+    bundledSession(data / "ready");
+    writePhoto(data / "fresh" / "a.png", 1);
+    writePhoto(data / "fresh" / "b.png", 2);
+    fs::create_directories(data / "broken");
+    std::ofstream(data / "broken" / "photo.jpg") << "not a photo";
+    installFakeBatch(bundleRoot(), "result");
+
+    std::vector<std::string> statuses;
+    QObject::connect(&model, &ReviewerModel::discoveryChanged,
+                     [&] { statuses.push_back(model.discoveryStatus()); });
+    model.discoverSessions(data);
+    EXPECT_TRUE(model.isDiscovering());
+    EXPECT_EQ(model.discoveryStatus(), "Checking photo folders\u2026");
+    model.discoverSessions(data); // one discovery at a time
+    ASSERT_TRUE(waitUntil([&] { return !model.isDiscovering(); }));
+
+    ASSERT_EQ(model.presets().size(), 2u);
+    EXPECT_EQ(model.presets()[0], presetFor("fresh", data / "fresh"));
+    EXPECT_EQ(model.presets()[1].id(), (data / "ready" / "session.json").string());
+    EXPECT_EQ(model.presets()[1].results, (data / "ready" / "results.json").string());
+    ASSERT_EQ(model.discoveryFailures().size(), 1u);
+    EXPECT_EQ(model.discoveryFailures()[0].rfind("broken: ", 0), 0u);
+    EXPECT_EQ(model.discoveryStatus(),
+              "2 sessions ready \u00b7 1 newly analyzed \u00b7 Some folders need attention");
+    EXPECT_EQ(statuses.back(), model.discoveryStatus());
+    EXPECT_NE(std::find(statuses.begin(), statuses.end(), "Checking / analyzing fresh\u2026"),
+              statuses.end());
+    EXPECT_NE(readText(data / "fresh" / "results.json.log").find("fake dravik-batch feasibility"),
+              std::string::npos);
+
+    // Nothing was open, so the first session found is.
+    ASSERT_NE(model.document(), nullptr);
+    EXPECT_EQ(model.error(), std::nullopt);
+    EXPECT_EQ(model.document()->frames().size(), 2u);
+}
+
+TEST_F(DiscoveryTest, KnownPresetsAreReplacedInPlaceAndAnOpenSessionStays) {
+    bundledSession(data / "ready");
+    bundledSession(data / "another");
+    const SessionFiles elsewhere = bundledSession(temp.path() / "elsewhere");
+    const std::string launch =
+        R"([{"title": "Launch", "manifest": "/nowhere/session.json", "results": "/nowhere/r.json"},
+            {"title": "Old title", "manifest": ")" +
+        (data / "ready" / "session.json").string() + R"(", "results": ")" +
+        elsewhere.results.string() + R"("}])";
+    writeResource("launch.json", launch);
+    model.loadPresets();
+    ASSERT_EQ(model.presets().size(), 2u);
+    openBundled("open");
+    const dravik::Uuid open = model.sessionID();
+
+    std::atomic<int> analysed = 0;
+    discover(data, [&](const fs::path&, const fs::path&) { ++analysed; });
+    EXPECT_EQ(analysed, 0);
+    ASSERT_EQ(model.presets().size(), 3u);
+    EXPECT_EQ(model.presets()[0].title, "Launch");
+    // Replaced where it stood, keeping the results the launch preset named.
+    EXPECT_NE(model.presets()[1].title, "Old title");
+    EXPECT_EQ(model.presets()[1].manifest, (data / "ready" / "session.json").string());
+    EXPECT_EQ(model.presets()[1].results, elsewhere.results.string());
+    EXPECT_EQ(model.presets()[2].manifest, (data / "another" / "session.json").string());
+    EXPECT_EQ(model.discoveryStatus(), "2 sessions ready \u00b7 0 newly analyzed");
+    EXPECT_TRUE(model.discoveryFailures().empty());
+    EXPECT_EQ(model.sessionID(), open);
+}
+
+TEST_F(DiscoveryTest, TwentyFoldersWithTwoFailingAnalyses) {
+    std::vector<std::string> names;
+    for (int i = 1; i <= 18; ++i)
+        names.push_back((i < 10 ? "folder-0" : "folder-") + std::to_string(i));
+    names.push_back("broken-1");
+    names.push_back("broken-2");
+    for (std::size_t i = 0; i < names.size(); ++i)
+        writePhoto(data / names[i] / "photo.png", static_cast<int>(i));
+    installFakeBatch(bundleRoot(), "result", {{"FAKE_BATCH_FAIL_MATCH", "/broken-"}});
+
+    discover(data);
+    const std::string failed =
+        ": Folder analysis failed. See results.json.log. Relaunch or rescan to retry.";
+    EXPECT_EQ(model.discoveryFailures(),
+              (std::vector<std::string>{"broken-1" + failed, "broken-2" + failed}));
+    EXPECT_EQ(model.discoveryStatus(),
+              "18 sessions ready \u00b7 18 newly analyzed \u00b7 Some folders need attention");
+    ASSERT_EQ(model.presets().size(), 18u);
+    EXPECT_EQ(model.presets().front(), presetFor("folder-01", data / "folder-01"));
+    EXPECT_NE(
+        readText(data / "broken-2" / "results.json.log").find("The folder could not be analysed."),
+        std::string::npos);
+    ASSERT_NE(model.document(), nullptr);
+    EXPECT_EQ(model.document()->frames().front().file, "photo.png");
+}
+
+TEST_F(DiscoveryTest, LaunchDiscoveryReadsTheConfiguredFolderOnce) {
+    model.discoverSessions();
+    EXPECT_EQ(model.discoveryStatus(), needsFolder);
+    EXPECT_FALSE(model.isDiscovering());
+    writeResource("data-directory.txt", " \n\t \n");
+    model.discoverSessions();
+    EXPECT_EQ(model.discoveryStatus(), needsFolder);
+    EXPECT_FALSE(model.isDiscovering());
+
+    // The installed resource names the folder for every user.
+    const DataHome dataHome(temp.path());
+    data = temp.path() / "tessary" / "sessions";
+    bundledSession(data / "ready");
+    writeResource("data-directory.txt", "  $XDG_DATA_HOME/tessary/sessions\n");
+    model.discoverSessionsOnLaunch();
+    ASSERT_TRUE(model.isDiscovering());
+    ASSERT_TRUE(waitUntil([&] { return !model.isDiscovering(); }));
+    EXPECT_EQ(model.discoveryStatus(), "1 sessions ready \u00b7 0 newly analyzed");
+    EXPECT_EQ(model.presets().at(0), presetFor(model.presets()[0].title, data / "ready"));
+
+    writePhoto(data / "later" / "photo.png", 3);
+    installFakeBatch(bundleRoot(), "result");
+    model.discoverSessionsOnLaunch();
+    EXPECT_FALSE(model.isDiscovering());
+    EXPECT_FALSE(fs::exists(data / "later" / "session.json"));
+
+    // Asked for explicitly, discovery runs again.
+    discover();
+    EXPECT_EQ(model.discoveryStatus(), "2 sessions ready \u00b7 1 newly analyzed");
+}
+
+TEST_F(DiscoveryTest, AModelClosedDuringDiscoveryMissesTheAnswer) {
+    writePhoto(data / "fresh" / "photo.png", 4);
+    auto closing = std::make_unique<ReviewerModel>(Bundle(bundleRoot()), chooser);
+    std::promise<void> release;
+    std::shared_future<void> released = release.get_future().share();
+    std::atomic<bool> entered = false;
+    closing->discoverSessions(data, [&, released](const fs::path&, const fs::path&) {
+        entered = true;
+        released.wait();
+    });
+    ASSERT_TRUE(waitUntil([&] { return entered.load(); }));
+    closing.reset();
+    release.set_value();
+    ASSERT_TRUE(QThreadPool::globalInstance()->waitForDone(5000));
+    // The answer and the progress now reach a model that is gone: touching it would crash here.
+    waitUntil([] { return false; }, 200ms);
+}
+
+} // namespace
+
+} // namespace tessary::test

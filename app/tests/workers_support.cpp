@@ -1,0 +1,98 @@
+#include "workers_support.h"
+
+#include <QCoreApplication>
+#include <QImage>
+#include <QThread>
+#include <fstream>
+#include <sstream>
+
+namespace tessary::test {
+
+void installFakeBatch(const fs::path& bundleRoot, const std::string& mode,
+                      const std::map<std::string, std::string>& environment) {
+    const fs::path program = Bundle(bundleRoot).batchProgram();
+    fs::create_directories(program.parent_path());
+    // A script that execs keeps its process id, so the fake is the child the app started.
+    std::ofstream script(program, std::ios::trunc);
+    script << "#!/bin/sh\nexport FAKE_BATCH_MODE='" << mode << "'\n";
+    for (const auto& [name, value] : environment)
+        script << "export " << name << "='" << value << "'\n";
+    script << "exec '" << TESSARY_FAKE_BATCH << "' \"$@\"\n";
+    script.close();
+    fs::permissions(program, fs::perms::owner_all | fs::perms::group_exec | fs::perms::others_exec,
+                    fs::perm_options::replace);
+}
+
+bool waitUntil(const std::function<bool()>& done, std::chrono::milliseconds limit) {
+    const auto end = std::chrono::steady_clock::now() + limit;
+    while (!done()) {
+        if (std::chrono::steady_clock::now() > end)
+            return false;
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+        QThread::msleep(5);
+    }
+    return true;
+}
+
+std::string readText(const fs::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+std::vector<std::string> lines(const std::string& text) {
+    std::vector<std::string> result;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);)
+        result.push_back(line);
+    return result;
+}
+
+namespace {
+
+// The state letter and process group of /proc/<pid>/stat; the name in parentheses may hold
+// blanks, so fields are counted from its closing parenthesis.
+bool readStat(const fs::path& stat, char& state, pid_t& group) {
+    const std::string text = readText(stat);
+    const auto close = text.rfind(')');
+    if (close == std::string::npos)
+        return false;
+    std::istringstream fields(text.substr(close + 1));
+    pid_t parent = 0;
+    return static_cast<bool>(fields >> state >> parent >> group);
+}
+
+} // namespace
+
+std::vector<pid_t> livingMembers(pid_t group) {
+    std::vector<pid_t> members;
+    std::error_code ignored;
+    for (const auto& entry : fs::directory_iterator("/proc", ignored)) {
+        const std::string name = entry.path().filename().string();
+        if (name.find_first_not_of("0123456789") != std::string::npos)
+            continue;
+        char state = 0;
+        pid_t memberGroup = 0;
+        if (readStat(entry.path() / "stat", state, memberGroup) && memberGroup == group &&
+            state != 'Z')
+            members.push_back(static_cast<pid_t>(std::stol(name)));
+    }
+    return members;
+}
+
+bool alive(pid_t pid) {
+    char state = 0;
+    pid_t group = 0;
+    return readStat(fs::path("/proc") / std::to_string(pid) / "stat", state, group) && state != 'Z';
+}
+
+void writePhoto(const fs::path& file, int seed) {
+    QImage image(48 + seed % 7, 32, QImage::Format_RGB888);
+    image.fill(QColor::fromHsv((seed * 37) % 360, 200, 200));
+    image.setPixelColor(seed % 32, seed % 32, Qt::white);
+    fs::create_directories(file.parent_path());
+    image.save(QString::fromStdString(file.string()), "PNG");
+}
+
+} // namespace tessary::test

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "model_fixture.h"
+
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+namespace tessary::test {
+
+// Installs the fake batch program as the bundle's dravik-batch, answering in `mode` (see
+// fake-batch/fake_batch.cpp) with `environment` added.
+void installFakeBatch(const fs::path& bundleRoot, const std::string& mode,
+                      const std::map<std::string, std::string>& environment = {});
+
+// Runs the event loop until `done` holds; false when `limit` passes first.
+bool waitUntil(const std::function<bool()>& done,
+               std::chrono::milliseconds limit = std::chrono::seconds(20));
+
+std::string readText(const fs::path& file);
+std::vector<std::string> lines(const std::string& text);
+
+// Processes of `group` that still run (zombies, which are gone but for their exit status, do
+// not count).
+std::vector<pid_t> livingMembers(pid_t group);
+bool alive(pid_t pid);
+
+// A small PNG photo, different for every `seed`.
+void writePhoto(const fs::path& file, int seed);
+
+} // namespace tessary::test

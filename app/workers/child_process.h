@@ -1,0 +1,35 @@
+#pragma once
+
+#include <chrono>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace tessary {
+
+// How long a batch program may run, how often it is looked at, and how long it gets to stop
+// after the polite request before it is killed.
+struct ChildLimits {
+    std::chrono::milliseconds timeout;
+    std::chrono::milliseconds grace;
+    std::chrono::milliseconds poll{100};
+};
+
+struct ChildExit {
+    bool timedOut = false;
+    bool crashed = false; // ended by a signal
+    int status = 0;       // exit status when it exited
+};
+
+// While stopping, a running program is stopped as at its time-out and none is started. The
+// application stops them when it quits, so that quitting does not wait for a batch program.
+void setChildrenStopping(bool stopping);
+
+// Runs `program` in a process group of its own with its output and errors going to `logFd`, and
+// blocks until it ends or the time-out stops it. At the time-out the whole group, whatever the
+// program started, gets SIGTERM and after the grace SIGKILL. Throws a DravikError naming the
+// program when it cannot be started, or when programs are stopping.
+ChildExit runChild(const std::filesystem::path& program, const std::vector<std::string>& arguments,
+                   int logFd, const ChildLimits& limits);
+
+} // namespace tessary
