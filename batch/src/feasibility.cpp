@@ -1,4 +1,5 @@
 #include "batch_run.h"
+#include "dravik/atomic_file.h"
 #include "dravik/detection.h"
 #include "dravik/discovery.h"
 #include "dravik/error.h"
@@ -6,7 +7,6 @@
 #include "dravik/store.h"
 #include "photo_check.h"
 #include "pose_detector.h"
-#include "store/atomic_file.h"
 
 #include <algorithm>
 #include <iostream>

@@ -1,8 +1,8 @@
 #include "batch_run.h"
+#include "dravik/atomic_file.h"
 #include "dravik/detection.h"
 #include "photo_check.h"
 #include "pose_detector.h"
-#include "store/atomic_file.h"
 
 namespace dravik::batch {
 
