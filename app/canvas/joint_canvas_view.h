@@ -1,0 +1,79 @@
+#pragma once
+
+#include "dravik/lean.h"
+#include "dravik/review.h"
+#include "dravik/uuid.h"
+#include "lean_edit_target.h"
+#include "scaled_photo.h"
+
+#include <QPointer>
+#include <QWidget>
+#include <optional>
+#include <string>
+
+namespace tessary {
+
+class ReviewerModel;
+
+// Draws one frame's photo with its skeleton and lean lines, and turns mouse and keys into the
+// model's edits. Holds no review data: everything is read from the model at each redraw. Built
+// for one canvas generation; once the model has moved on, it ignores new presses.
+class JointCanvasView : public QWidget {
+    Q_OBJECT
+
+  public:
+    JointCanvasView(ReviewerModel& model, std::string frameID, dravik::Uuid generation,
+                    QWidget* parent = nullptr);
+
+    const std::string& frameID() const { return frameID_; }
+    const dravik::Uuid& generation() const { return generation_; }
+    bool isStale() const;
+    // View points per source pixel.
+    double scale() const { return scale_; }
+    void setScale(double scale);
+    // A mouse button is down since a press this canvas took.
+    bool isTracking() const { return tracking_; }
+
+    // Joint and lean handle hit radii, in view points.
+    static constexpr double jointReach = 14.0;
+    static constexpr double handleReach = 18.0;
+
+  signals:
+    void trackingEnded();
+
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+
+  private:
+    bool pressLean(const dravik::Point2& view, const dravik::ReviewFrame& frame);
+    bool pressJoint(const dravik::Point2& view, const dravik::ReviewFrame& frame);
+    void finishDrag();
+    void cancelDrag();
+    dravik::Point2 sourcePoint(const QPointF& view, const dravik::ReviewFrame& frame) const;
+    dravik::Point2 draggedTo(const QPointF& view, const dravik::ReviewFrame& frame) const;
+
+    QPointer<ReviewerModel> model_;
+    std::string frameID_;
+    dravik::Uuid generation_;
+    double scale_ = 1.0;
+    bool tracking_ = false;
+    ScaledPhoto photo_;
+
+    // Where the press landed, in source pixels: a drag moves the grabbed point by the mouse's
+    // travel since, so grabbing a marker off-centre does not make it jump, and a drag that
+    // comes back to where it started leaves the point exactly where it was.
+    dravik::Point2 pressSource_;
+    dravik::Point2 grabbed_;
+    dravik::LeanHandle leanHandle_ = dravik::LeanHandle::wheelA;
+    std::optional<dravik::ReviewEditTarget> dragTarget_;
+    std::optional<dravik::Point2> dragged_;
+    std::optional<LeanEditTarget> leanDragTarget_;
+    std::optional<dravik::LeanAnnotation> leanDragged_;
+};
+
+} // namespace tessary

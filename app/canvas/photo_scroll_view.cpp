@@ -1,0 +1,175 @@
+#include "photo_scroll_view.h"
+
+#include "joint_canvas_view.h"
+#include "reviewer_model.h"
+
+#include <QPaintEvent>
+#include <QPainter>
+#include <QScrollBar>
+#include <cmath>
+#include <utility>
+
+namespace tessary {
+
+namespace {
+
+const QColor documentBackground{40, 40, 40};
+
+// Appearing scroll bars shrink the clip view and ask for another layout; two more passes
+// settle it, and a bound keeps a size on the edge from flipping them for ever.
+constexpr int maximumLayoutPasses = 3;
+
+int rounded(double value) {
+    return static_cast<int>(std::lround(value));
+}
+
+} // namespace
+
+PhotoDocumentView::PhotoDocumentView(QWidget* parent) : QWidget(parent) {
+    setAttribute(Qt::WA_OpaquePaintEvent);
+}
+
+void PhotoDocumentView::paintEvent(QPaintEvent* event) {
+    QPainter(this).fillRect(event->rect() & visibleRegion().boundingRect(), documentBackground);
+}
+
+PhotoScrollView::PhotoScrollView(ReviewerModel& model, std::string frameID, QWidget* parent)
+    : QAbstractScrollArea(parent), model_(&model), frameID_(std::move(frameID)),
+      document_(new PhotoDocumentView(viewport())) {
+    setFrameShape(QFrame::NoFrame);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    horizontalScrollBar()->setSingleStep(20);
+    verticalScrollBar()->setSingleStep(20);
+    QPalette background = viewport()->palette();
+    background.setColor(QPalette::Window, documentBackground);
+    viewport()->setPalette(background);
+    viewport()->setAutoFillBackground(true);
+}
+
+void PhotoScrollView::setCanvas(JointCanvasView* canvas) {
+    canvas_ = canvas;
+    if (!canvas_)
+        return;
+    canvas_->setParent(document_);
+    if (geometry_) {
+        const dravik::Point2 origin = geometry_->imageOrigin();
+        const ViewSize image = geometry_->imageSize();
+        canvas_->setGeometry(rounded(origin.x), rounded(origin.y), rounded(image.width),
+                             rounded(image.height));
+        canvas_->setScale(geometry_->scale());
+    }
+    canvas_->show();
+}
+
+std::optional<PhotoScrollView::Configuration> PhotoScrollView::configuration() const {
+    if (!model_ || !model_->frame(frameID_))
+        return std::nullopt;
+    const Presentation settings = model_->settings(frameID_);
+    const auto& regions = model_->framingRegions();
+    auto region = regions.find(frameID_);
+    return Configuration{
+        frameID_,
+        model_->sessionID(),
+        {static_cast<double>(viewport()->width()), static_cast<double>(viewport()->height())},
+        settings.autoFrame,
+        settings.zoom,
+        settings.framingRequest,
+        region == regions.end() ? std::nullopt : std::optional(region->second)};
+}
+
+void PhotoScrollView::configure() {
+    layoutDocument();
+}
+
+void PhotoScrollView::layoutDocument() {
+    // Laid out at the size it is shown at; a hidden view's size means nothing yet, and a centre
+    // remembered from it would be off.
+    if (!isVisible())
+        return;
+    for (int pass = 0; pass < maximumLayoutPasses; ++pass) {
+        const auto wanted = configuration();
+        if (!wanted || wanted == applied_)
+            return;
+        const dravik::ReviewFrame* frame = model_->frame(frameID_);
+        // Auto-framing frames the region at the zoom that fits it; otherwise the chosen zoom
+        // applies to the whole panel.
+        const PhotoViewport geometry(
+            frame->panel, wanted->autoFrame ? wanted->region : std::nullopt, wanted->viewport,
+            wanted->autoFrame ? std::nullopt : std::optional(wanted->zoom));
+
+        // A new framing request of the frame on show asks for the target again; otherwise the
+        // reviewer keeps looking where they were.
+        const bool reframed = applied_ && applied_->frameID == wanted->frameID &&
+                              applied_->request != wanted->request;
+        const auto& centers = model_->viewportCenters();
+        auto remembered = centers.find(frameID_);
+        const dravik::Point2 center =
+            remembered != centers.end() && !reframed ? remembered->second : geometry.targetCenter();
+
+        applying_ = true;
+        resizedWhileApplying_ = false;
+        geometry_ = geometry;
+        const ViewSize documentSize = geometry.documentSize();
+        document_->resize(rounded(documentSize.width), rounded(documentSize.height));
+        setCanvas(canvas_);
+        if (canvas_)
+            canvas_->update();
+        const dravik::Point2 scroll = geometry.scrollOrigin(center);
+        horizontalScrollBar()->setPageStep(viewport()->width());
+        verticalScrollBar()->setPageStep(viewport()->height());
+        horizontalScrollBar()->setRange(0, std::max(0, document_->width() - viewport()->width()));
+        verticalScrollBar()->setRange(0, std::max(0, document_->height() - viewport()->height()));
+        horizontalScrollBar()->setValue(rounded(scroll.x));
+        verticalScrollBar()->setValue(rounded(scroll.y));
+        placeDocument();
+        applying_ = false;
+
+        applied_ = wanted;
+        currentZoom_ = geometry.zoom();
+        rememberCenter();
+        if (onZoom)
+            onZoom(currentZoom_);
+        if (!resizedWhileApplying_)
+            return;
+    }
+}
+
+void PhotoScrollView::placeDocument() {
+    document_->move(-horizontalScrollBar()->value(), -verticalScrollBar()->value());
+}
+
+void PhotoScrollView::resizeEvent(QResizeEvent* event) {
+    QAbstractScrollArea::resizeEvent(event);
+    if (applying_) {
+        resizedWhileApplying_ = true;
+        return;
+    }
+    layoutDocument();
+}
+
+void PhotoScrollView::showEvent(QShowEvent* event) {
+    QAbstractScrollArea::showEvent(event);
+    layoutDocument();
+}
+
+void PhotoScrollView::scrollContentsBy(int, int) {
+    placeDocument();
+    rememberCenter();
+}
+
+void PhotoScrollView::rememberCenter() {
+    if (applying_ || !applied_ || applied_->frameID != frameID_ || !canvas_ || !model_)
+        return;
+    const dravik::ReviewFrame* frame = model_->frame(frameID_);
+    if (!frame)
+        return;
+    const QPointF middle(horizontalScrollBar()->value() + viewport()->width() / 2.0,
+                         verticalScrollBar()->value() + viewport()->height() / 2.0);
+    const QPointF inCanvas = middle - QPointF(canvas_->pos());
+    model_->setViewportCenter(frameID_,
+                              dravik::ReviewCoordinates::source({inCanvas.x(), inCanvas.y()},
+                                                                frame->panel, canvas_->scale()));
+}
+
+} // namespace tessary

@@ -1,0 +1,118 @@
+#include "canvas_drawing.h"
+#include "canvas_palette.h"
+#include "dravik/joints.h"
+#include "reviewer_model.h"
+
+#include <QFontDatabase>
+#include <QPainter>
+#include <QStaticText>
+#include <map>
+
+namespace tessary {
+
+namespace {
+
+constexpr double rawRadius = 5.0;
+constexpr double largeMarker = 10.0;
+constexpr double smallMarker = 8.0;
+constexpr double boneWidth = 1.5;
+constexpr double boneAlpha = 0.6;
+constexpr double markerFillAlpha = 0.85;
+constexpr double rawAlpha = 0.75;
+
+QFont labelFont() {
+    // A fixed-pitch face keeps every digit the same width, so numbers sit centred alike.
+    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    font.setPixelSize(10);
+    font.setBold(true);
+    return font;
+}
+
+// Laid-out joint numbers by position in jointNames, made once: laying out text is the dearest
+// part of a redraw. Never destroyed, so that no font outlives the application at exit.
+const QStaticText& label(std::size_t position) {
+    static const auto* labels = [] {
+        auto* made = new std::vector<QStaticText>;
+        for (const std::string& joint : dravik::InspectionRenderer::jointNames()) {
+            QStaticText text(QString::number(dravik::InspectionRenderer::jointID(joint).value()));
+            text.setTextFormat(Qt::PlainText);
+            text.setPerformanceHint(QStaticText::AggressiveCaching);
+            text.prepare(QTransform(), labelFont());
+            made->push_back(text);
+        }
+        return made;
+    }();
+    return labels->at(position);
+}
+
+QColor outlineFor(const dravik::ReviewFrame& frame, const std::string& joint, bool selected) {
+    if (selected)
+        return palette::white;
+    auto edit = frame.edits.find(joint);
+    if (edit == frame.edits.end())
+        return palette::cyan;
+    return edit->second.state == dravik::JointReviewState::uncertain ? palette::orange
+                                                                     : palette::green;
+}
+
+} // namespace
+
+void drawSkeleton(QPainter& painter, const ReviewerModel& model, const dravik::ReviewFrame& frame,
+                  double scale, const std::optional<JointPreview>& preview) {
+    const auto& names = dravik::InspectionRenderer::jointNames();
+    const Presentation settings = model.settings(frame.id);
+    const dravik::PixelRect& panel = frame.panel;
+
+    std::map<std::string, dravik::Point2> shown;
+    for (const std::string& joint : names)
+        if (preview && preview->joint == joint)
+            shown[joint] = preview->point;
+        else if (auto point = frame.displayPoint(joint, settings.kind))
+            shown[joint] = *point;
+
+    painter.setBrush(Qt::NoBrush);
+    if (settings.showRaw) {
+        painter.setPen(QPen(palette::withAlpha(palette::orange, rawAlpha), 1.0));
+        for (const std::string& joint : names)
+            if (auto raw = frame.rawPoint(joint, settings.kind))
+                painter.drawEllipse(viewPoint(*raw, panel, scale), rawRadius, rawRadius);
+    }
+
+    QPen solidBone(palette::withAlpha(palette::green, boneAlpha), boneWidth);
+    QPen dashedBone(palette::withAlpha(palette::cyan, boneAlpha), boneWidth);
+    // Dash lengths are in units of the pen width; a 4-point dash and a 4-point gap.
+    dashedBone.setDashPattern({4.0 / boneWidth, 4.0 / boneWidth});
+    for (const auto& [from, to] : dravik::InspectionRenderer::bones()) {
+        auto a = shown.find(from);
+        auto b = shown.find(to);
+        if (a == shown.end() || b == shown.end())
+            continue;
+        const bool reviewed =
+            frame.reviewedPoint(from) == a->second && frame.reviewedPoint(to) == b->second;
+        painter.setPen(reviewed ? solidBone : dashedBone);
+        painter.drawLine(viewPoint(a->second, panel, scale), viewPoint(b->second, panel, scale));
+    }
+
+    const std::set<std::string>& highlighted = model.highlightedJoints();
+    painter.setFont(labelFont());
+    for (std::size_t id = 0; id < names.size(); ++id) {
+        const std::string& joint = names[id];
+        auto point = shown.find(joint);
+        if (point == shown.end())
+            continue;
+        const bool selected = joint == model.selected();
+        const double diameter = selected || highlighted.count(joint) ? largeMarker : smallMarker;
+        const QPointF centre = viewPoint(point->second, panel, scale);
+        painter.setPen(QPen(outlineFor(frame, joint, selected), selected ? 2.5 : 1.5));
+        painter.setBrush(palette::withAlpha(palette::black, markerFillAlpha));
+        painter.drawEllipse(centre, diameter / 2, diameter / 2);
+
+        const QStaticText& number = label(id);
+        painter.setPen(palette::white);
+        painter.drawStaticText(
+            centre - QPointF(number.size().width() / 2, number.size().height() / 2), number);
+    }
+    painter.setBrush(Qt::NoBrush);
+}
+
+} // namespace tessary
