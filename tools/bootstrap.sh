@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Sets up a Debian 12 machine for Tessary, builds it, and then either opens the bundled
-# sample session (`run`) or runs every test (`test`).
+# Sets up a Debian 12 machine for Tessary, builds it, and then either opens the review window on
+# the bundled sample session (`run`) or runs every test (`test`).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -46,7 +46,13 @@ run)
     install_missing
     install_worker
     build
-    exec build/bin/tessary-inspect data/sample-session/session.json data/sample-session/results.json
+    shift
+    if [ -z "${DISPLAY:-}" ] && [ -z "${WAYLAND_DISPLAY:-}" ]; then
+        echo "Tessary is built; start build/bin/tessary from a desktop session to open its window." >&2
+        exit 1
+    fi
+    # With no arguments the window opens the bundled sample; "manifest results" open that session.
+    exec build/bin/tessary "$@"
     ;;
 test)
     install_missing

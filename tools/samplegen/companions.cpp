@@ -47,10 +47,30 @@ std::string leanProposals(const dravik::ReviewDocument& raw,
     return dravik::encodeLeanProposals(proposals);
 }
 
-std::string framing(const dravik::ReviewDocument& raw) {
+// The rider and the front wheel: lean review needs the wheel in view as much as the joints.
+dravik::PixelRect framed(const dravik::ReviewFrame& frame, const WheelAxis& wheel) {
+    const double margin = 0.05 * frame.panel.height;
+    const double x0 = std::max(
+        frame.panel.x,
+        std::floor(std::min({frame.crop.x, wheel.contact.x - margin, wheel.top.x - margin})));
+    const double y0 = std::max(
+        frame.panel.y,
+        std::floor(std::min({frame.crop.y, wheel.contact.y - margin, wheel.top.y - margin})));
+    const double x1 = std::min(
+        frame.panel.maxX(),
+        std::ceil(std::max({frame.crop.maxX(), wheel.contact.x + margin, wheel.top.x + margin})));
+    const double y1 = std::min(
+        frame.panel.maxY(),
+        std::ceil(std::max({frame.crop.maxY(), wheel.contact.y + margin, wheel.top.y + margin})));
+    return {x0, y0, x1 - x0, y1 - y0};
+}
+
+std::string framing(const dravik::ReviewDocument& raw,
+                    const std::map<std::string, WheelAxis>& wheels) {
     std::vector<dravik::PhotoFramingRegion> regions;
     for (const dravik::ReviewFrame& frame : raw.frames())
-        regions.push_back({frame.id, frame.sourceHash, frame.panel, frame.crop});
+        regions.push_back(
+            {frame.id, frame.sourceHash, frame.panel, framed(frame, wheels.at(frame.id))});
     return dravik::PhotoFramingRegion::encode(regions);
 }
 
@@ -94,7 +114,7 @@ std::string checklist(const dravik::ReviewDocument& raw) {
 std::vector<CompanionFile> bundledCompanions(const dravik::ReviewDocument& raw,
                                              const std::map<std::string, WheelAxis>& wheels) {
     return {{"lean-proposals.json", leanProposals(raw, wheels)},
-            {"photo-framing.json", framing(raw)},
+            {"photo-framing.json", framing(raw, wheels)},
             {"single-photo-coaching.json", singlePhotoCoaching(raw)},
             {"coaching-checklist.json", checklist(raw)}};
 }

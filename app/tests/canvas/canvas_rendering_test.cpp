@@ -42,7 +42,7 @@ TEST_F(CanvasTest, MarkersAndLeanLinesAreDrawnInTheirColours) {
     auto shown = showFrame(alex3);
     const QImage image = shown->grab().toImage();
     if (const char* folder = std::getenv("TESSARY_SCREENSHOTS"))
-        image.save(QString::fromUtf8(folder) + "/canvas-sample-session.png");
+        image.save(QString::fromUtf8(folder) + "/canvas-sample-session.jpg", "JPG", 85);
 
     JointCanvasView* canvas = shown->canvas();
     auto at = [&](QPointF onCanvas) { return canvas->mapTo(shown.get(), onCanvas); };

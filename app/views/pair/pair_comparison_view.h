@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QWidget>
+#include <string>
+#include <vector>
+
+class QHBoxLayout;
+
+namespace tessary {
+
+class PairFeedbackView;
+class ReviewerModel;
+
+// The active pair's photos side by side above the pair feedback.
+class PairComparisonView : public QWidget {
+    Q_OBJECT
+
+  public:
+    explicit PairComparisonView(ReviewerModel& model, QWidget* parent = nullptr);
+
+  private:
+    void refresh();
+
+    ReviewerModel& model_;
+    QWidget* content_;
+    QHBoxLayout* panes_;
+    // The frames the panes were made for; panes persist while the pair stays the same.
+    std::vector<std::string> shownIDs_;
+};
+
+} // namespace tessary

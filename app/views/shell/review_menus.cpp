@@ -1,0 +1,33 @@
+#include "shell/review_menus.h"
+
+#include "reviewer_model.h"
+
+#include <QAction>
+#include <QMainWindow>
+#include <QMenuBar>
+
+namespace tessary {
+
+ReviewMenus::ReviewMenus(QMainWindow& window, ReviewerModel& model)
+    : QObject(&window), model_(model) {
+    QMenu* file = window.menuBar()->addMenu("&File");
+    open_ = file->addAction("Open Session…");
+    open_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_O));
+    save_ = file->addAction("Save Review");
+    save_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_S));
+    QMenu* edit = window.menuBar()->addMenu("&Edit");
+    undo_ = edit->addAction("Undo Review Edit");
+    undo_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Z));
+
+    connect(open_, &QAction::triggered, this, [this] { model_.openSession(); });
+    connect(save_, &QAction::triggered, this, [this] { model_.save(); });
+    connect(undo_, &QAction::triggered, this, [this] { model_.undo(); });
+    connect(&model_, &ReviewerModel::undoStackChanged, this, &ReviewMenus::refresh);
+    refresh();
+}
+
+void ReviewMenus::refresh() {
+    undo_->setEnabled(!model_.undoStack().empty());
+}
+
+} // namespace tessary

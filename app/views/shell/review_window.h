@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QMainWindow>
+
+namespace tessary {
+
+class ReviewAlert;
+class ReviewerModel;
+class ReviewerView;
+class ReviewMenus;
+
+// "Joint Review": the one window, with its menu commands and its alert.
+class ReviewWindow : public QMainWindow {
+    Q_OBJECT
+
+  public:
+    explicit ReviewWindow(ReviewerModel& model, QWidget* parent = nullptr);
+
+    ReviewerView* view() const { return view_; }
+    ReviewMenus* menus() const { return menus_; }
+    ReviewAlert* alert() const { return alert_; }
+
+  signals:
+    // Each time the window is shown by the program (not when the window system restores it).
+    void appeared();
+
+  protected:
+    void showEvent(QShowEvent* event) override;
+
+  private:
+    ReviewerView* view_;
+    ReviewMenus* menus_;
+    ReviewAlert* alert_;
+};
+
+} // namespace tessary

@@ -1,0 +1,87 @@
+#include "shell/reviewer_view.h"
+
+#include "dravik/discovery.h"
+#include "lean/lean_review_view.h"
+#include "reviewer_model.h"
+#include "shell/discovery_notices.h"
+#include "shell/joint_inspector.h"
+#include "shell/photo_area.h"
+#include "shell/review_toolbar.h"
+#include "shell/sidebar.h"
+#include "shell/status_row.h"
+
+#include <QFrame>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QVBoxLayout>
+
+namespace tessary {
+
+namespace {
+
+constexpr int leanPanelWidth = 290;
+
+QFrame* separator(QWidget* parent) {
+    auto* line = new QFrame(parent);
+    line->setFrameShape(QFrame::VLine);
+    line->setFrameShadow(QFrame::Sunken);
+    return line;
+}
+
+} // namespace
+
+ReviewerView::ReviewerView(ReviewerModel& model, QWidget* parent)
+    : QWidget(parent), model_(model), sidebar_(new Sidebar(model, this)),
+      toolbar_(new ReviewToolbar(model)), discovery_(new DiscoveryNotices(model)),
+      riderNotice_(new QLabel("Automatically imported photo · confirm the intended rider before "
+                              "relying on joint markers.")),
+      photoArea_(new PhotoArea(model)), statusRow_(new StatusRow(model)),
+      inspectorSeparator_(separator(this)), jointInspector_(new JointInspector(model, this)),
+      leanPanel_(new LeanReviewView(model, this)) {
+    auto* row = new QHBoxLayout(this);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(0);
+    row->addWidget(sidebar_);
+    row->addWidget(separator(this));
+
+    auto* central = new QWidget(this);
+    auto* column = new QVBoxLayout(central);
+    column->setSpacing(10);
+    column->addWidget(toolbar_);
+    column->addWidget(discovery_);
+    riderNotice_->setWordWrap(true);
+    column->addWidget(riderNotice_);
+    column->addWidget(photoArea_, 1);
+    column->addWidget(statusRow_);
+    row->addWidget(central, 1);
+
+    row->addWidget(inspectorSeparator_);
+    row->addWidget(jointInspector_);
+    leanPanel_->setFixedWidth(leanPanelWidth);
+    row->addWidget(leanPanel_);
+
+    for (auto signal : {&ReviewerModel::snapshotChanged, &ReviewerModel::navigationChanged,
+                        &ReviewerModel::viewOptionsChanged})
+        connect(&model_, signal, this, &ReviewerView::refresh);
+    refresh();
+}
+
+QWidget* ReviewerView::inspectorColumn() const {
+    if (!jointInspector_->isHidden())
+        return jointInspector_;
+    if (!leanPanel_->isHidden())
+        return leanPanel_;
+    return nullptr;
+}
+
+void ReviewerView::refresh() {
+    const dravik::ReviewFrame* frame = model_.frame();
+    riderNotice_->setVisible(frame && frame->riderDisplayName ==
+                                          dravik::SessionDiscovery::unreviewedRiderName());
+    const bool inspector = model_.inspectorVisible();
+    jointInspector_->setVisible(inspector && !model_.leanMode());
+    leanPanel_->setVisible(inspector && model_.leanMode());
+    inspectorSeparator_->setVisible(inspector);
+}
+
+} // namespace tessary

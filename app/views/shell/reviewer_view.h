@@ -1,0 +1,53 @@
+#pragma once
+
+#include <QWidget>
+
+class QFrame;
+class QLabel;
+
+namespace tessary {
+
+class DiscoveryNotices;
+class JointInspector;
+class LeanReviewView;
+class PhotoArea;
+class ReviewerModel;
+class ReviewToolbar;
+class Sidebar;
+class StatusRow;
+
+// The window's content: sidebar, the central column and the inspector column.
+class ReviewerView : public QWidget {
+    Q_OBJECT
+
+  public:
+    explicit ReviewerView(ReviewerModel& model, QWidget* parent = nullptr);
+
+    ReviewerModel& model() const { return model_; }
+    Sidebar* sidebar() const { return sidebar_; }
+    ReviewToolbar* toolbar() const { return toolbar_; }
+    DiscoveryNotices* discoveryNotices() const { return discovery_; }
+    QLabel* riderNotice() const { return riderNotice_; }
+    PhotoArea* photoArea() const { return photoArea_; }
+    StatusRow* statusRow() const { return statusRow_; }
+    // The inspector column as laid out now; null when it is absent.
+    QWidget* inspectorColumn() const;
+    JointInspector* jointInspector() const { return jointInspector_; }
+    LeanReviewView* leanPanel() const { return leanPanel_; }
+
+  private:
+    void refresh();
+
+    ReviewerModel& model_;
+    Sidebar* sidebar_;
+    ReviewToolbar* toolbar_;
+    DiscoveryNotices* discovery_;
+    QLabel* riderNotice_;
+    PhotoArea* photoArea_;
+    StatusRow* statusRow_;
+    QFrame* inspectorSeparator_;
+    JointInspector* jointInspector_;
+    LeanReviewView* leanPanel_;
+};
+
+} // namespace tessary
