@@ -21,8 +21,8 @@ struct CompanionFile {
 };
 
 // The bundled sample's companion files, written through the core's own encoders so they are
-// exactly what the core accepts: draft lean lines, framing regions (rider and front wheel), single-photo coaching for the
-// lone photo and a partly filled checklist for the pair.
+// exactly what the core accepts: draft lean lines, framing regions (rider and front wheel),
+// single-photo coaching for the lone photo and a partly filled checklist for the pair.
 std::vector<CompanionFile> bundledCompanions(const dravik::ReviewDocument& raw,
                                              const std::map<std::string, WheelAxis>& wheels);
 
