@@ -1,7 +1,9 @@
 #include "dravik/error.h"
 #include "dravik/lean_analysis.h"
+#include "lean/lean_json.h"
 #include "lean_fixtures.h"
 
+#include "json/json_writer.h"
 #include <functional>
 #include <gtest/gtest.h>
 #include <limits>
@@ -11,18 +13,69 @@ namespace dravik {
 namespace {
 
 using leantest::line;
+using test::failureOf;
 
-std::string refusal(const std::function<void()>& action) {
-    try {
-        action();
-    } catch (const DravikError& error) {
-        return error.message();
-    }
-    return "";
+std::string refusal(std::string_view text) {
+    return failureOf([&] { decodeLeanProposals(text, "lean-proposals.json"); });
+}
+
+LeanAnnotation proposal() {
+    LeanAnnotation a =
+        leantest::lines(leantest::riderFrame(), line(400.25, 900, 460, 300, 6),
+                        line(100, 950, 900, 930), LeanBasis::sharedFeature, "white gate post");
+    a.provenance = "edge-finder 2.1";
+    return a;
+}
+
+// A file of one proposal whose `key` holds `value` (raw JSON), or lacks it when value is empty.
+std::string file(const std::string& key, const std::string& value) {
+    json::Json item = json::write(proposal());
+    if (value.empty())
+        item.erase(key);
+    else
+        item[key] = json::Json::parse(value);
+    json::Json root = json::header("dravik-lean-proposals", 1);
+    root["proposals"] = json::Json::array({item});
+    return root.dump();
+}
+
+TEST(LeanProposals, ReadsTheFileItWritesAndRefusesWhatItCouldNotReadBack) {
+    test::TempDir dir;
+    test::writeText(dir / "lean-proposals.json", encodeLeanProposals({proposal()}));
+    EXPECT_EQ(loadLeanProposals(dir / "lean-proposals.json"),
+              std::vector<LeanAnnotation>{proposal()});
+
+    LeanAnnotation reviewed = proposal();
+    reviewed.referenceReviewed = true;
+    EXPECT_THROW(encodeLeanProposals({reviewed}), DravikError);
+    LeanAnnotation infinite = proposal();
+    infinite.wheel->a.x = std::numeric_limits<double>::infinity();
+    EXPECT_THROW(encodeLeanProposals({infinite}), DravikError);
+}
+
+TEST(LeanProposals, RefusesHostileFilesWithASentenceNamingTheFile) {
+    const std::string prefix = "“lean-proposals.json” is not a valid lean proposals file: ";
+    const std::pair<std::string, std::string> cases[] = {
+        {file("wheel", R"({"a":{"x":1,"y":2},"b":{"x":1,"y":2},"uncertainty":3})"),
+         "proposals[0].wheel is shorter than 1 pixel."},
+        {file("wheel", R"({"a":{"x":1,"y":2},"b":{"x":1,"y":200},"uncertainty":0})"),
+         "proposals[0].wheel has an uncertainty outside 0.5 to 50 pixels."},
+        {file("basis", R"("level")"),
+         "proposals[0].basis must be \"assumedLevel\" or \"sharedFeature\"."},
+        {file("wheelReviewed", "true"),
+         "proposals[0] is a proposal and cannot be marked reviewed."},
+        {file("provenance", R"("reviewer")"),
+         "proposals[0].provenance must name the analysis that proposed the lines, not "
+         "\"reviewer\"."},
+        {file("featureID", R"("tab\there")"),
+         "proposals[0].featureID must have at most 100 characters and no control characters."},
+    };
+    for (const auto& [text, problem] : cases)
+        EXPECT_EQ(refusal(text), prefix + problem) << text;
 }
 
 TEST(LeanAnnotationEdit, HandlesReadAndMoveOnlyTheirOwnEndpoint) {
-    LeanAnnotation a(leantest::frame("p1", "rider", "subject", 'a'), line(10, 20, 30, 40));
+    LeanAnnotation a(leantest::riderFrame(), line(10, 20, 30, 40));
     EXPECT_EQ(a.point(LeanHandle::wheelB), (Point2{30, 40}));
     EXPECT_FALSE(a.point(LeanHandle::referenceA));
     const LeanAnnotation before = a;
@@ -40,18 +93,18 @@ TEST(LeanAnnotationEdit, HandlesReadAndMoveOnlyTheirOwnEndpoint) {
 }
 
 TEST(LeanAnnotationValidate, RefusesWithASentenceNamingThePhoto) {
-    ReviewFrame f = leantest::frame("p1", "rider", "subject", 'a');
+    ReviewFrame f = leantest::riderFrame();
     f.panel = {100, 50, 800, 600};
     LeanAnnotation good = leantest::lines(f, line(100, 50, 460, 100, 0.5),
                                           line(150, 650, 900, 610, 50), LeanBasis::sharedFeature);
     good.wheelReviewed = true;
-    ASSERT_EQ(refusal([&] { good.validate(f); }), "") << "edges, limits and no feature ID pass";
+    ASSERT_EQ(failureOf([&] { good.validate(f); }), "") << "edges, limits and no feature ID pass";
 
     const std::pair<std::function<void(LeanAnnotation&)>, std::string> cases[] = {
         {[](LeanAnnotation& a) { a.frameID = "p2/rider"; },
          "The lean lines for frame “p2/rider” cannot be placed on photo “rider.jpg” of frame "
          "“p1/rider”."},
-        {[](LeanAnnotation& a) { a.sourceHash = leantest::hash('f'); },
+        {[](LeanAnnotation& a) { a.sourceHash = test::digitHash('f'); },
          "The lean lines were drawn on another version of photo “rider.jpg”; its content hash "
          "has changed."},
         {[](LeanAnnotation& a) { a.wheel->b = a.wheel->a; },
@@ -77,75 +130,54 @@ TEST(LeanAnnotationValidate, RefusesWithASentenceNamingThePhoto) {
     for (const auto& [change, message] : cases) {
         LeanAnnotation a = good;
         change(a);
-        EXPECT_EQ(refusal([&] { a.validate(f); }), message);
+        EXPECT_EQ(failureOf([&] { a.validate(f); }), message);
     }
 
     // Characters, not bytes, are counted, and broken UTF-8 is refused.
     LeanAnnotation text = good;
     for (int i = 0; i < 100; ++i)
         text.featureID += "é";
-    EXPECT_EQ(refusal([&] { text.validate(f); }), "");
+    EXPECT_EQ(failureOf([&] { text.validate(f); }), "");
     for (std::string bad :
          {text.featureID + "e", std::string("kerb \xC3"), std::string("\xED\xA0\x80")}) {
         text.featureID = bad;
-        EXPECT_NE(refusal([&] { text.validate(f); }), "") << bad;
+        EXPECT_NE(failureOf([&] { text.validate(f); }), "") << bad;
     }
 }
 
-class LeanReviewTest : public ::testing::Test {
-  protected:
-    LeanReviewTest() {
-        leantest::store(document,
-                        leantest::lines(*document.frame("p1/rider"), line(400, 900, 460, 300),
-                                        line(100, 950, 900, 930)));
-        context.pairID = "p1";
-        context.approvalDigest = LeanAnalysis::evidenceDigest(document, leantest::pair());
-        document.setLeanPairContext("p1", context);
-    }
-    std::string validate() {
-        return refusal([&] { LeanReview::validate(document); });
-    }
-
-    ReviewDocument document = leantest::pairDocument();
-    LeanPairContext context;
-};
-
-TEST_F(LeanReviewTest, RefusesLinesThatDoNotFitTheirFrame) {
-    EXPECT_EQ(validate(), "");
-    document.setLeanAnnotation("p1/ref", *document.leanAnnotation("p1/rider"));
-    EXPECT_EQ(validate(), "Lean lines in “joint-review-999999999999.json” for frame “p1/rider” "
-                          "are stored under frame “p1/ref”.");
-    document.setLeanAnnotation("p1/ref", std::nullopt);
-
-    LeanAnnotation stray = *document.leanAnnotation("p1/rider");
+TEST(LeanReview, RefusesLinesAndChecksThatDoNotBelongToTheDocument) {
+    ReviewDocument valid = leantest::pairDocument();
+    const LeanAnnotation lines = leantest::lines(*valid.frame("p1/rider"), line(400, 900, 460, 300),
+                                                 line(100, 950, 900, 930));
+    leantest::store(valid, lines);
+    LeanPairContext approved, malformed, elsewhere;
+    approved.pairID = malformed.pairID = "p1";
+    approved.approvalDigest = LeanAnalysis::evidenceDigest(valid, leantest::pair());
+    valid.setLeanPairContext("p1", approved);
+    EXPECT_EQ(failureOf([&] { LeanReview::validate(valid); }), "");
+    LeanAnnotation stray = lines;
     stray.frameID = "p9/rider";
-    document.setLeanAnnotation("p9/rider", stray);
-    EXPECT_EQ(validate(), "Lean lines in “joint-review-999999999999.json” belong to frame "
-                          "“p9/rider”, which is not in this session.");
-    document.setLeanAnnotation("p9/rider", std::nullopt);
+    malformed.approvalDigest = "sha256:123";
+    elsewhere.pairID = "p2";
 
-    LeanAnnotation off = *document.leanAnnotation("p1/rider");
-    off.wheel->a.x = 2001;
-    document.setLeanAnnotation("p1/rider", off);
-    EXPECT_EQ(validate(), "Wheel endpoint 1 lies outside the part of photo “rider.jpg” that is "
-                          "shown for review.");
-}
-
-TEST_F(LeanReviewTest, RefusesChecksWithoutAComparablePairOrWithAMalformedApproval) {
-    context.approvalDigest = "sha256:123";
-    document.setLeanPairContext("p1", context);
-    EXPECT_EQ(validate(), "The lean approval of pair “p1” in “joint-review-999999999999.json” "
-                          "does not carry a well-formed evidence digest.");
-
-    context.approvalDigest.reset();
-    document.setLeanPairContext("p1", context);
-    document.setLeanPairContext("p2", context);
-    EXPECT_EQ(validate(), "Lean checks in “joint-review-999999999999.json” belong to pair “p2”, "
-                          "which has no reference rider photo in this session.");
-
-    ReviewDocument single(leantest::hash('9'), {leantest::frame("p1", "rider", "subject", 'a')});
-    single.setLeanPairContext("p1", context);
-    EXPECT_NE(refusal([&] { LeanReview::validate(single); }), "");
+    const std::string file = "“joint-review-999999999999.json”";
+    const std::pair<std::function<void(ReviewDocument&)>, std::string> cases[] = {
+        {[&](ReviewDocument& d) { d.setLeanAnnotation("p1/ref", lines); },
+         "Lean lines in " + file + " for frame “p1/rider” are stored under frame “p1/ref”."},
+        {[&](ReviewDocument& d) { d.setLeanAnnotation("p9/rider", stray); },
+         "Lean lines in " + file + " belong to frame “p9/rider”, which is not in this session."},
+        {[&](ReviewDocument& d) { d.setLeanPairContext("p1", malformed); },
+         "The lean approval of pair “p1” in " + file +
+             " does not carry a well-formed evidence digest."},
+        {[&](ReviewDocument& d) { d.setLeanPairContext("p2", elsewhere); },
+         "Lean checks in " + file +
+             " belong to pair “p2”, which has no reference rider photo in this session."},
+    };
+    for (const auto& [change, message] : cases) {
+        ReviewDocument document = valid;
+        change(document);
+        EXPECT_EQ(failureOf([&] { LeanReview::validate(document); }), message);
+    }
 }
 
 } // namespace

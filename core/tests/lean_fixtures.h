@@ -1,36 +1,15 @@
 #pragma once
 
-// Frames, lines and documents for the lean tests: one pair "p1" of a rider and a reference rider,
-// each photo 2000 × 1500 shown whole.
+// Lines and documents for the lean tests: one pair "p1" of a rider and a reference rider, each
+// photo 2000 × 1500 shown whole.
 
 #include "dravik/lean.h"
 #include "dravik/review.h"
+#include "test_support.h"
 
 #include <string>
-#include <vector>
 
 namespace dravik::leantest {
-
-inline std::string hash(char digit) {
-    return "sha256:" + std::string(64, digit);
-}
-
-inline ReviewFrame frame(const std::string& pairID, const std::string& riderID,
-                         const std::string& role, char hashDigit) {
-    ReviewFrame f;
-    f.id = pairID + "/" + riderID;
-    f.role = role;
-    f.riderDisplayName = riderID;
-    f.name = pairID;
-    f.file = "photos/" + riderID + ".jpg";
-    f.sourceHash = hash(hashDigit);
-    f.imageSize = {2000, 1500};
-    f.panel = {0, 0, 2000, 1500};
-    f.crop = {100, 100, 800, 800};
-    f.pairID = pairID;
-    f.riderID = riderID;
-    return f;
-}
 
 inline LeanLine line(double ax, double ay, double bx, double by, double uncertainty = 3.0) {
     return LeanLine{{ax, ay}, {bx, by}, uncertainty};
@@ -46,10 +25,14 @@ inline LeanAnnotation lines(const ReviewFrame& f, const LeanLine& wheel, const L
     return a;
 }
 
+inline ReviewFrame riderFrame() {
+    return test::frame("p1", "rider", "subject", 'a');
+}
+
 // Rider frame "p1/rider" (hash a…), reference frame "p1/ref" (hash b…).
 inline ReviewDocument pairDocument() {
-    return ReviewDocument(
-        hash('9'), {frame("p1", "rider", "subject", 'a'), frame("p1", "ref", "reference", 'b')});
+    return ReviewDocument(test::digitHash('9'),
+                          {riderFrame(), test::frame("p1", "ref", "reference", 'b')});
 }
 
 inline ReviewPair pair() {

@@ -1,13 +1,64 @@
+#include "analysis/evidence_digest.h"
 #include "analysis/included_angle.h"
 #include "dravik/error.h"
-#include "pair_fixtures.h"
+#include "hash/sha256.h"
+#include "test_support.h"
 
+#include <cmath>
 #include <gtest/gtest.h>
+#include <numbers>
+#include <set>
 
 using namespace dravik;
-using namespace pairtest;
 
 namespace {
+
+constexpr auto corrected = JointReviewState::corrected;
+constexpr auto uncertain = JointReviewState::uncertain;
+
+// Pair "turn": the rider's frame (index 0, "turn/rider", hash 1…) and the reference's
+// ("turn/ref", hash 2…).
+ReviewDocument pairDocument() {
+    using test::frame;
+    return ReviewDocument(test::digitHash('a'), {frame("turn", "rider", "subject", '1'),
+                                                 frame("turn", "ref", "reference", '2')});
+}
+
+const ReviewPair turnPair{"turn", {"turn/rider", "turn/ref"}};
+
+struct Arm {
+    Point2 shoulder, elbow, wrist;
+};
+
+// Upper arm straight up from the elbow, forearm turned so the included angle is `degrees`.
+Arm armWithAngle(double degrees, Point2 elbow = {500, 400}) {
+    const double radians = degrees * std::numbers::pi / 180.0;
+    return {{elbow.x, elbow.y - 100},
+            elbow,
+            {elbow.x + 100 * std::sin(radians), elbow.y - 100 * std::cos(radians)}};
+}
+
+// Reviews the shoulder, elbow and wrist of one side ("left" or "right") of a frame.
+void reviewArm(ReviewDocument& document, std::size_t frame, const std::string& side, const Arm& arm,
+               JointReviewState state = JointReviewState::corrected) {
+    document.setJoint(frame, side + "_shoulder", arm.shoulder, state);
+    document.setJoint(frame, side + "_elbow", arm.elbow, state);
+    document.setJoint(frame, side + "_wrist", arm.wrist, state);
+}
+
+// A stored context for pair "turn" with a direction and the views of both elbows comparable.
+PairContext comparableContext(CornerDirection direction) {
+    PairContext context;
+    context.pairID = "turn";
+    context.directionOverride = direction;
+    context.viewComparability = {{"leftElbow", ViewComparability::comparable},
+                                 {"rightElbow", ViewComparability::comparable}};
+    return context;
+}
+
+PairReport analyze(const ReviewDocument& document) {
+    return PairAnalysis::analyze(document, turnPair, RuleCatalog::production());
+}
 
 constexpr std::size_t rider = 0, reference = 1;
 
@@ -33,6 +84,31 @@ std::vector<std::string> bulletIDs(const PairReport& report) {
         ids.push_back(bullet.id);
     return ids;
 }
+
+// The worked example of docs/analysis.md.
+struct Example {
+    ReviewDocument document;
+    ReviewPair pair{"turn-3", {"turn-3/anna", "turn-3/coach"}};
+
+    Example()
+        : document("sha256:" + std::string(64, 'a'),
+                   {test::frame("turn-3", "anna", "subject", '1'),
+                    test::frame("turn-3", "coach", "reference", '2')}) {
+        document.setPairAssessments({{"turn-3", {CornerDirection::left, {}}}});
+        PairContext context;
+        context.pairID = "turn-3";
+        context.kneePlacements = std::map<PairFeature, KneePlacement>{
+            {PairFeature::outsideKnee, KneePlacement::riderCloserIn}};
+        context.viewComparability = {{"leftElbow", ViewComparability::comparable}};
+        document.setPairContext("turn-3", context);
+        reviewArm(document, 0, "left", {{400, 300}, {460, 380}, {560, 380}});
+        reviewArm(document, 1, "left", {{610, 290}, {610, 390}, {710, 390}});
+    }
+
+    PairReport analyze(const RuleCatalog& catalog = RuleCatalog::production()) const {
+        return PairAnalysis::analyze(document, pair, catalog);
+    }
+};
 
 } // namespace
 
@@ -218,15 +294,107 @@ TEST(PairAnalysisPhotoCoaching, ReplacesTheRulesUnlessTheOverrideContradictsIt) 
 }
 
 TEST(PairAnalysisReport, RefusesPairsNotInTheDocument) {
-    ReviewPair stranger{"turn", {"turn/rider", "turn/ghost"}};
-    try {
-        PairAnalysis::analyze(pairDocument(), stranger, RuleCatalog::production());
-        FAIL();
-    } catch (const DravikError& error) {
-        EXPECT_EQ(error.message(), "Pair “turn” names the photo “turn/ghost”, which is not in "
-                                   "“joint-review-aaaaaaaaaaaa.json”.");
-    }
+    const ReviewPair stranger{"turn", {"turn/rider", "turn/ghost"}};
+    EXPECT_EQ(dravik::test::failureOf([&] {
+                  PairAnalysis::analyze(pairDocument(), stranger, RuleCatalog::production());
+              }),
+              "Pair “turn” names the photo “turn/ghost”, which is not in "
+              "“joint-review-aaaaaaaaaaaa.json”.");
     EXPECT_THROW(
         PairAnalysis::analyze(pairDocument(), ReviewPair{"turn", {}}, RuleCatalog::production()),
         DravikError);
+}
+
+TEST(PairDigest, TheWorkedExampleRecomputes) {
+    Example example;
+    PairReport report = example.analyze();
+    ASSERT_EQ(report.observations.size(), 2u);
+    const PairObservation& inside = report.observations[0];
+    EXPECT_NEAR(*inside.rider.angle, 126.8699, 1e-4);
+    EXPECT_DOUBLE_EQ(*inside.reference.angle, 90.0);
+    EXPECT_NEAR(*inside.difference, 36.8699, 1e-4);
+    EXPECT_EQ(report.observations[1].rider.missingJoints,
+              (std::vector<std::string>{"right_shoulder", "right_elbow", "right_wrist"}));
+    ASSERT_EQ(report.coaching.size(), 2u);
+    EXPECT_EQ(report.coaching[0].headline, "Inside elbow: Rider’s arm is 37° straighter");
+    EXPECT_EQ(report.coaching[1].headline, "Outside knee: Rider’s knee is closer in");
+
+    const std::string canonical =
+        R"({"analyzer":"pair-analysis-1","context":{"kneePlacements":{"outsideKnee":)"
+        R"("riderCloserIn"},"pairID":"turn-3","viewComparability":{"leftElbow":"comparable"}},)"
+        R"("frames":[{"id":"turn-3/anna","joints":{"left_elbow":{"x":460.0,"y":380.0},)"
+        R"("left_shoulder":{"x":400.0,"y":300.0},"left_wrist":{"x":560.0,"y":380.0},)"
+        R"("right_elbow":null,"right_shoulder":null,"right_wrist":null},"sourceHash":)"
+        R"("sha256:1111111111111111111111111111111111111111111111111111111111111111"},)"
+        R"({"id":"turn-3/coach","joints":{"left_elbow":{"x":610.0,"y":390.0},)"
+        R"("left_shoulder":{"x":610.0,"y":290.0},"left_wrist":{"x":710.0,"y":390.0},)"
+        R"("right_elbow":null,"right_shoulder":null,"right_wrist":null},"sourceHash":)"
+        R"("sha256:2222222222222222222222222222222222222222222222222222222222222222"}],)"
+        R"("pairID":"turn-3","photoAssessment":{"coaching":[],"direction":"Left"},)"
+        R"("rules":"elbow-10deg-v1"})";
+    EXPECT_EQ(report.evidenceDigest, sha256Text(canonical.data(), canonical.size()));
+    EXPECT_EQ(report.evidenceDigest,
+              "sha256:83e00d4b88ac96149c7217e915aa04ae985668d9ce1b276d53a605e44f0c574c");
+    EXPECT_EQ(report.shortDigest(), report.evidenceDigest.substr(7, 12));
+}
+
+TEST(PairDigest, ChangesExactlyWhenTheEvidenceChanges) {
+    const Example base;
+    const std::string digest = base.analyze().evidenceDigest;
+    auto digestAfter = [&](const std::function<void(ReviewDocument&)>& change) {
+        Example example;
+        change(example.document);
+        return example.analyze().evidenceDigest;
+    };
+    auto context = [](ReviewDocument& d, const std::function<void(PairContext&)>& change) {
+        PairContext changed = *d.pairContext("turn-3");
+        change(changed);
+        d.setPairContext("turn-3", changed);
+    };
+
+    // Not evidence: the revision, joints the rules do not use, how a used point was reviewed,
+    // and which kind of missing review a joint has.
+    EXPECT_EQ(digestAfter([&](ReviewDocument& d) {
+                  context(d, [](PairContext&) {});
+                  d.setJoint(0, "nose", Point2{10, 10}, JointReviewState::corrected);
+                  d.setJoint(0, "left_knee", Point2{10, 10}, JointReviewState::corrected);
+                  d.setJoint(1, "left_elbow", Point2{610, 390}, JointReviewState::confirmedVisible);
+                  d.setJoint(0, "right_wrist", Point2{5, 5}, JointReviewState::uncertain);
+                  d.setJoint(1, "right_wrist", std::nullopt, JointReviewState::obscured);
+              }),
+              digest);
+
+    const std::function<void(ReviewDocument&)> changes[] = {
+        [](ReviewDocument& d) {
+            d.setJoint(0, "left_elbow", Point2{460, 380.5}, corrected);
+        },
+        [](ReviewDocument& d) {
+            d.setJoint(1, "left_wrist", Point2{1, 1}, uncertain);
+        },
+        [](ReviewDocument& d) {
+            d.setJoint(0, "right_wrist", Point2{5, 5}, corrected);
+        },
+        [&](ReviewDocument& d) {
+            context(d, [](PairContext& c) {
+                c.viewComparability["leftElbow"] = ViewComparability::notComparable;
+            });
+        },
+        [&](ReviewDocument& d) { context(d, [](PairContext& c) { c.kneePlacements.reset(); }); },
+        [](ReviewDocument& d) {
+            d.setPairAssessments({{"turn-3", {CornerDirection::right, {}}}});
+        },
+        [](ReviewDocument& d) { d.setPairAssessments({}); },
+        [&](ReviewDocument& d) {
+            auto frames = d.frames();
+            frames[1].sourceHash = test::digitHash('3');
+            d = ReviewDocument(d.identity(), frames);
+            d.setPairAssessments(base.document.pairAssessments());
+            d.setPairContext("turn-3", *base.document.pairContext("turn-3"));
+        },
+    };
+    std::set<std::string> seen{
+        digest, base.analyze(RuleCatalog{"elbow-12deg-v1", 12.0, 1.0}).evidenceDigest};
+    EXPECT_EQ(seen.size(), 2u) << "the rules are evidence";
+    for (const auto& change : changes)
+        EXPECT_TRUE(seen.insert(digestAfter(change)).second) << "a change went unnoticed";
 }

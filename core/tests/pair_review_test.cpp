@@ -1,41 +1,54 @@
 #include "dravik/error.h"
 #include "dravik/pairs.h"
-#include "pair_fixtures.h"
+#include "pairs/pairs_json.h"
+#include "test_support.h"
 
 #include <gtest/gtest.h>
 
 using namespace dravik;
-using pairtest::frame;
+using test::failureOf;
 
 namespace {
 
+ReviewFrame frame(const std::string& pairID, const std::string& riderID, const std::string& role) {
+    return test::frame(pairID, riderID, role, '1');
+}
+
 std::string refusal(const std::vector<ReviewFrame>& frames) {
-    try {
-        PairReview::resolve(frames);
-    } catch (const DravikError& error) {
-        return error.message();
-    }
-    return "";
+    return failureOf([&] { PairReview::resolve(frames); });
+}
+
+const json::Source source{"joint-review-abc.json", "review document"};
+
+template <class Read>
+auto read(const std::string& text, Read reader, const std::string& path = "pairContexts[0]") {
+    json::Json root = json::parse(text, source);
+    return reader(json::Node(root, source, path));
+}
+
+std::string contextRefusal(const std::string& text) {
+    return failureOf([&] { read(text, pairContextFromJson); });
+}
+
+std::string assessmentRefusal(const std::string& text) {
+    return failureOf([&] { read(text, pairPhotoAssessmentFromJson, "photoAssessment"); });
 }
 
 } // namespace
 
 TEST(PairReviewResolve, GroupsByPairInDocumentOrderWithTheRiderFirst) {
-    auto pairs = PairReview::resolve({frame("b", "ref", "reference"), frame("a", "solo", "subject"),
-                                      frame("b", "rider", "subject")});
-    ASSERT_EQ(pairs.size(), 2u);
+    auto pairs =
+        PairReview::resolve({frame("b", "ref", "reference"), frame("a", "solo", "subject"),
+                             frame("b", "rider", "subject"), frame("c", "coach", "instructor"),
+                             frame("c", "me", "subject")});
+    ASSERT_EQ(pairs.size(), 3u);
     EXPECT_EQ(pairs[0], (ReviewPair{"b", {"b/rider", "b/ref"}}));
     EXPECT_EQ(pairs[1], (ReviewPair{"a", {"a/solo"}}));
+    // Any role other than "subject" is a reference.
+    EXPECT_EQ(pairs[2], (ReviewPair{"c", {"c/me", "c/coach"}}));
     EXPECT_TRUE(pairs[0].hasReference());
     EXPECT_FALSE(pairs[1].hasReference());
     EXPECT_TRUE(PairReview::resolve({}).empty());
-}
-
-TEST(PairReviewResolve, AnyRoleOtherThanSubjectIsAReference) {
-    auto pairs =
-        PairReview::resolve({frame("a", "coach", "instructor"), frame("a", "me", "subject")});
-    ASSERT_EQ(pairs.size(), 1u);
-    EXPECT_EQ(pairs[0].frameIDs, (std::vector<std::string>{"a/me", "a/coach"}));
 }
 
 TEST(PairReviewResolve, RefusesPairsThatCannotBeCompared) {
@@ -55,13 +68,7 @@ TEST(PairReviewResolve, RefusesPairsThatCannotBeCompared) {
 }
 
 TEST(PairFeatures, InsideIsTheSideOfTheTurn) {
-    EXPECT_EQ(joints(PairFeature::insideElbow, CornerDirection::left),
-              (std::vector<std::string>{"left_shoulder", "left_elbow", "left_wrist"}));
-    EXPECT_EQ(joints(PairFeature::insideElbow, CornerDirection::right),
-              (std::vector<std::string>{"right_shoulder", "right_elbow", "right_wrist"}));
     EXPECT_EQ(joints(PairFeature::outsideKnee, CornerDirection::left),
-              (std::vector<std::string>{"right_hip", "right_knee", "right_ankle"}));
-    EXPECT_EQ(joints(PairFeature::insideKnee, CornerDirection::right),
               (std::vector<std::string>{"right_hip", "right_knee", "right_ankle"}));
     for (PairFeature feature : allPairFeatures) {
         EXPECT_TRUE(joints(feature, CornerDirection::unknown).empty());
@@ -72,4 +79,67 @@ TEST(PairFeatures, InsideIsTheSideOfTheTurn) {
     }
     EXPECT_EQ(role(PairFeature::insideKnee, CornerDirection::right), "Inside");
     EXPECT_EQ(role(PairFeature::outsideKnee, CornerDirection::left), "Outside");
+}
+
+TEST(PairContextJson, RoundTripsEveryField) {
+    PairContext full{"turn-3",
+                     CornerDirection::right,
+                     std::map<PairFeature, KneePlacement>{
+                         {PairFeature::insideKnee, KneePlacement::riderFurtherOut},
+                         {PairFeature::outsideKnee, KneePlacement::obscured}},
+                     {{"leftElbow", ViewComparability::notComparable},
+                      {"rightElbow", ViewComparability::comparable}}};
+    PairContext bare{"turn-3", std::nullopt, std::nullopt, {}};
+    PairContext emptyKnees{
+        "turn-3", CornerDirection::unknown, std::map<PairFeature, KneePlacement>{}, {}};
+    for (const PairContext& context : {full, bare, emptyKnees}) {
+        std::string text = toJson(context).dump();
+        EXPECT_EQ(read(text, pairContextFromJson), context) << text;
+    }
+    EXPECT_EQ(toJson(full).dump(),
+              R"({"pairID":"turn-3","directionOverride":"Right","kneePlacements":)"
+              R"({"insideKnee":"riderFurtherOut","outsideKnee":"obscured"},"viewComparability":)"
+              R"({"leftElbow":"notComparable","rightElbow":"comparable"}})");
+    // An absent map and an empty one differ: the reviewer has started choosing knee placements.
+    EXPECT_FALSE(toJson(bare).contains("kneePlacements"));
+    EXPECT_TRUE(toJson(emptyKnees)["kneePlacements"].empty());
+}
+
+TEST(PairContextJson, RefusesAnythingItDoesNotKnow) {
+    const std::string prefix = "“joint-review-abc.json” is not a valid review document: ";
+    const std::pair<std::string, std::string> cases[] = {
+        {R"({"pairID":"t","viewComparability":{},"kneePlacement":{}})",
+         "pairContexts[0].kneePlacement is not a known key."},
+        {R"({"pairID":"t","directionOverride":"left","viewComparability":{}})",
+         "pairContexts[0].directionOverride must be “Unknown”, “Left” or “Right”."},
+        {R"({"pairID":"t","kneePlacements":{"insideElbow":"similar"},"viewComparability":{}})",
+         "pairContexts[0].kneePlacements.insideElbow is not a knee: the keys must be "
+         "“insideKnee” or “outsideKnee”."},
+        {R"({"pairID":"t","viewComparability":{"insideElbow":"comparable"}})",
+         "pairContexts[0].viewComparability.insideElbow is not an observation: the keys must be "
+         "“leftElbow” or “rightElbow”."},
+    };
+    for (const auto& [text, problem] : cases)
+        EXPECT_EQ(contextRefusal(text), prefix + problem);
+    EXPECT_NE(contextRefusal(R"({"pairID":"t","viewComparability":{"leftElbow":"Comparable"}})"),
+              "");
+    EXPECT_NE(contextRefusal(R"({"pairID":"t"})"), "");
+}
+
+TEST(PairPhotoAssessmentJson, RoundTripsAndRefusesRepeatedBullets) {
+    PairPhotoAssessment assessment{
+        CornerDirection::left,
+        {{"b1", "Look through the turn", "Head turned towards the exit.", PairFeature::insideKnee},
+         {"b2", "Outside leg", "", std::nullopt}}};
+    EXPECT_EQ(read(toJson(assessment).dump(), pairPhotoAssessmentFromJson), assessment);
+    EXPECT_EQ(read(R"({"coaching":[]})", pairPhotoAssessmentFromJson), PairPhotoAssessment{});
+
+    EXPECT_EQ(assessmentRefusal(R"({"coaching":[{"id":"b","headline":"h","detail":""},)"
+                                R"({"id":"b","headline":"g","detail":""}]})"),
+              "“joint-review-abc.json” is not a valid review document: "
+              "photoAssessment.coaching[1].id repeats the id of an earlier bullet.");
+    for (const char* bad : {R"({"coaching":[{"id":"b","headline":"","detail":""}]})",
+                            R"({"coaching":[{"id":"b","headline":"h","detail":"","feature":"x"}]})",
+                            R"({"direction":"Left"})"})
+        EXPECT_NE(assessmentRefusal(bad), "") << bad;
 }

@@ -2,15 +2,11 @@
 
 // clang-format off
 #include <cstdio>
+#include <cstdlib>
 #include <jpeglib.h>
 // clang-format on
-#include <atomic>
-#include <fstream>
-#include <iterator>
-#include <openssl/sha.h>
 #include <png.h>
-#include <stdexcept>
-#include <unistd.h>
+#include <utility>
 
 namespace photo_fixtures {
 
@@ -33,78 +29,23 @@ Rgb Picture::at(int x, int y) const {
     return {p[0], p[1], p[2]};
 }
 
-std::vector<std::uint8_t> exifSegment(int orientation, bool bigEndian) {
-    auto u16 = [&](std::vector<std::uint8_t>& out, int v) {
-        if (bigEndian) {
-            out.push_back(std::uint8_t(v >> 8));
-            out.push_back(std::uint8_t(v));
-        } else {
-            out.push_back(std::uint8_t(v));
-            out.push_back(std::uint8_t(v >> 8));
-        }
-    };
-    auto u32 = [&](std::vector<std::uint8_t>& out, std::uint32_t v) {
-        if (bigEndian) {
-            u16(out, int(v >> 16));
-            u16(out, int(v & 0xffff));
-        } else {
-            u16(out, int(v & 0xffff));
-            u16(out, int(v >> 16));
-        }
-    };
-    std::vector<std::uint8_t> out = {'E', 'x', 'i', 'f', 0, 0};
-    out.push_back(bigEndian ? 'M' : 'I');
-    out.push_back(out.back());
-    u16(out, 42);
-    u32(out, 8); // IFD0 right after the header
-    u16(out, 1); // one entry
-    u16(out, 0x0112);
-    u16(out, 3); // SHORT
-    u32(out, 1);
-    u16(out, orientation);
-    u16(out, 0); // the value field is four bytes
-    u32(out, 0); // no next IFD
-    return out;
+// An APP1 payload holding only an orientation tag.
+static std::vector<std::uint8_t> exifSegment(int orientation, bool bigEndian) {
+    // "Exif" and the TIFF header, IFD0 right after it with one SHORT entry (tag 0x0112), then no
+    // next IFD.
+    const auto o = std::uint8_t(orientation);
+    if (bigEndian)
+        return {'E',  'x',  'i', 'f', 0, 0, 'M', 'M', 0, 42, 0, 0, 0, 8, 0, 1,
+                0x01, 0x12, 0,   3,   0, 0, 0,   1,   0, o,  0, 0, 0, 0, 0, 0};
+    return {'E',  'x',  'i', 'f', 0, 0, 'I', 'I', 42, 0, 8, 0, 0, 0, 1, 0,
+            0x12, 0x01, 3,   0,   1, 0, 0,   0,   o,  0, 0, 0, 0, 0, 0, 0};
 }
 
-std::vector<std::uint8_t> encodeJpeg(const Picture& picture, const JpegOptions& options) {
-    jpeg_compress_struct cinfo{};
-    jpeg_error_mgr errors{};
-    cinfo.err = jpeg_std_error(&errors);
-    jpeg_create_compress(&cinfo);
-    unsigned char* buffer = nullptr;
-    unsigned long size = 0;
-    jpeg_mem_dest(&cinfo, &buffer, &size);
-    cinfo.image_width = JDIMENSION(picture.width);
-    cinfo.image_height = JDIMENSION(picture.height);
-    cinfo.input_components = 3;
-    cinfo.in_color_space = JCS_RGB;
-    jpeg_set_defaults(&cinfo);
-    jpeg_set_quality(&cinfo, options.quality, TRUE);
-    const int sampling = options.fullChroma ? 1 : 2;
-    cinfo.comp_info[0].h_samp_factor = sampling;
-    cinfo.comp_info[0].v_samp_factor = sampling;
-    if (options.progressive)
-        jpeg_simple_progression(&cinfo);
-    jpeg_start_compress(&cinfo, TRUE);
-    if (options.orientation != 0) {
-        const auto app1 = exifSegment(options.orientation, options.bigEndianExif);
-        jpeg_write_marker(&cinfo, JPEG_APP0 + 1, app1.data(), unsigned(app1.size()));
-    }
-    while (cinfo.next_scanline < cinfo.image_height) {
-        JSAMPROW row = const_cast<std::uint8_t*>(
-            &picture.rgb[std::size_t(cinfo.next_scanline) * picture.width * 3]);
-        jpeg_write_scanlines(&cinfo, &row, 1);
-    }
-    jpeg_finish_compress(&cinfo);
-    jpeg_destroy_compress(&cinfo);
-    std::vector<std::uint8_t> bytes(buffer, buffer + size);
-    std::free(buffer);
-    return bytes;
-}
+namespace {
 
-std::vector<std::uint8_t> encodeCmykJpeg(int width, int height,
-                                         const std::vector<std::uint8_t>& cmyk) {
+std::vector<std::uint8_t> compress(int width, int height, const std::uint8_t* samples,
+                                   J_COLOR_SPACE space, int components,
+                                   const JpegOptions& options) {
     jpeg_compress_struct cinfo{};
     jpeg_error_mgr errors{};
     cinfo.err = jpeg_std_error(&errors);
@@ -114,14 +55,25 @@ std::vector<std::uint8_t> encodeCmykJpeg(int width, int height,
     jpeg_mem_dest(&cinfo, &buffer, &size);
     cinfo.image_width = JDIMENSION(width);
     cinfo.image_height = JDIMENSION(height);
-    cinfo.input_components = 4;
-    cinfo.in_color_space = JCS_CMYK;
-    jpeg_set_defaults(&cinfo); // writes the Adobe marker
-    jpeg_set_quality(&cinfo, 100, TRUE);
+    cinfo.input_components = components;
+    cinfo.in_color_space = space;
+    jpeg_set_defaults(&cinfo); // CMYK gets the Adobe marker
+    jpeg_set_quality(&cinfo, options.quality, TRUE);
+    if (space == JCS_RGB) {
+        const int sampling = options.fullChroma ? 1 : 2;
+        cinfo.comp_info[0].h_samp_factor = sampling;
+        cinfo.comp_info[0].v_samp_factor = sampling;
+    }
+    if (options.progressive)
+        jpeg_simple_progression(&cinfo);
     jpeg_start_compress(&cinfo, TRUE);
+    if (options.orientation != 0) {
+        const auto app1 = exifSegment(options.orientation, options.bigEndianExif);
+        jpeg_write_marker(&cinfo, JPEG_APP0 + 1, app1.data(), unsigned(app1.size()));
+    }
     while (cinfo.next_scanline < cinfo.image_height) {
-        JSAMPROW row =
-            const_cast<std::uint8_t*>(&cmyk[std::size_t(cinfo.next_scanline) * width * 4]);
+        JSAMPROW row = const_cast<std::uint8_t*>(
+            &samples[std::size_t(cinfo.next_scanline) * width * components]);
         jpeg_write_scanlines(&cinfo, &row, 1);
     }
     jpeg_finish_compress(&cinfo);
@@ -129,6 +81,17 @@ std::vector<std::uint8_t> encodeCmykJpeg(int width, int height,
     std::vector<std::uint8_t> bytes(buffer, buffer + size);
     std::free(buffer);
     return bytes;
+}
+
+} // namespace
+
+std::vector<std::uint8_t> encodeJpeg(const Picture& picture, const JpegOptions& options) {
+    return compress(picture.width, picture.height, picture.rgb.data(), JCS_RGB, 3, options);
+}
+
+std::vector<std::uint8_t> encodeCmykJpeg(int width, int height,
+                                         const std::vector<std::uint8_t>& cmyk) {
+    return compress(width, height, cmyk.data(), JCS_CMYK, 4, {});
 }
 
 Picture decodeJpeg(const std::vector<std::uint8_t>& bytes) {
@@ -159,32 +122,10 @@ Picture storedFor(const Picture& displayed, int orientation) {
     stored.rgb.resize(displayed.rgb.size());
     for (int y = 0; y < h; ++y) {
         for (int x = 0; x < w; ++x) {
-            int u = x, v = y;
-            switch (orientation) {
-            case 2:
-                u = w - 1 - x;
-                break;
-            case 3:
-                u = w - 1 - x, v = h - 1 - y;
-                break;
-            case 4:
-                v = h - 1 - y;
-                break;
-            case 5:
-                u = y, v = x;
-                break;
-            case 6:
-                u = y, v = w - 1 - x;
-                break;
-            case 7:
-                u = h - 1 - y, v = w - 1 - x;
-                break;
-            case 8:
-                u = h - 1 - y, v = x;
-                break;
-            default:
-                break;
-            }
+            const int fx = w - 1 - x, fy = h - 1 - y;
+            const std::pair<int, int> places[] = {{x, y}, {x, y},  {fx, y},  {fx, fy}, {x, fy},
+                                                  {y, x}, {y, fx}, {fy, fx}, {fy, x}};
+            const auto [u, v] = places[orientation >= 1 && orientation <= 8 ? orientation : 0];
             const Rgb c = displayed.at(x, y);
             std::uint8_t* p = &stored.rgb[(std::size_t(v) * stored.width + u) * 3];
             p[0] = c.r;
@@ -233,43 +174,6 @@ std::vector<std::uint8_t> encodePng(int width, int height, const std::vector<std
     png_write_end(png, nullptr);
     png_destroy_write_struct(&png, &info);
     return out;
-}
-
-std::string sha256Hex(const std::vector<std::uint8_t>& bytes) {
-    unsigned char digest[SHA256_DIGEST_LENGTH];
-    SHA256(bytes.data(), bytes.size(), digest);
-    std::string text = "sha256:";
-    char hex[3];
-    for (unsigned char byte : digest) {
-        std::snprintf(hex, sizeof hex, "%02x", byte);
-        text += hex;
-    }
-    return text;
-}
-
-void writeFile(const std::filesystem::path& file, const std::vector<std::uint8_t>& bytes) {
-    std::ofstream out(file, std::ios::binary);
-    out.write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
-    if (!out)
-        throw std::runtime_error("cannot write " + file.string());
-}
-
-std::vector<std::uint8_t> readFile(const std::filesystem::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
-TemporaryFolder::TemporaryFolder() {
-    static std::atomic<int> counter{0};
-    path_ = std::filesystem::temp_directory_path() /
-            ("dravik-image-" + std::to_string(::getpid()) + "-" + std::to_string(counter++));
-    std::filesystem::remove_all(path_);
-    std::filesystem::create_directories(path_);
-}
-
-TemporaryFolder::~TemporaryFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
 }
 
 } // namespace photo_fixtures

@@ -1,7 +1,10 @@
 #pragma once
 
+#include "dravik/image.h"
+
+#include <algorithm>
 #include <cstdint>
-#include <filesystem>
+#include <cstdlib>
 #include <functional>
 #include <string>
 #include <vector>
@@ -24,6 +27,29 @@ struct Picture {
     Rgb at(int x, int y) const;
 };
 
+// The pixels of a decoded image, without its row padding.
+inline Picture pictureOf(const dravik::Image& image) {
+    Picture picture{image.width, image.height, {}};
+    for (int y = 0; y < image.height; ++y)
+        picture.rgb.insert(picture.rgb.end(), image.data() + y * image.stride,
+                           image.data() + y * image.stride + std::size_t(image.width) * 3);
+    return picture;
+}
+
+inline Picture region(const Picture& picture, int x, int y, int width, int height) {
+    return Picture::filled(width, height, [&](int u, int v) { return picture.at(x + u, y + v); });
+}
+
+// The largest difference of one sample; 1000 for pictures of different sizes.
+inline int largestDifference(const Picture& a, const Picture& b) {
+    if (a.width != b.width || a.height != b.height)
+        return 1000;
+    int worst = 0;
+    for (std::size_t i = 0; i < a.rgb.size(); ++i)
+        worst = std::max(worst, std::abs(int(a.rgb[i]) - int(b.rgb[i])));
+    return worst;
+}
+
 struct JpegOptions {
     int quality = 100;
     bool fullChroma = true; // 4:4:4; otherwise 4:2:0
@@ -42,9 +68,6 @@ Picture decodeJpeg(const std::vector<std::uint8_t>& bytes);
 // The stored form of `displayed` for an EXIF orientation: what a camera held sideways writes.
 Picture storedFor(const Picture& displayed, int orientation);
 
-// An APP1 payload ("Exif\0\0" + TIFF) holding only an orientation tag.
-std::vector<std::uint8_t> exifSegment(int orientation, bool bigEndian);
-
 struct PngOptions {
     int colourType = 2; // PNG_COLOR_TYPE_RGB
     int bitDepth = 8;
@@ -57,23 +80,5 @@ struct PngOptions {
 std::vector<std::uint8_t> encodePng(int width, int height, const std::vector<std::uint8_t>& samples,
                                     const PngOptions& options, const std::vector<Rgb>& palette = {},
                                     const std::vector<std::uint8_t>& transparency = {});
-
-std::string sha256Hex(const std::vector<std::uint8_t>& bytes); // "sha256:" + hex, via OpenSSL
-void writeFile(const std::filesystem::path& file, const std::vector<std::uint8_t>& bytes);
-std::vector<std::uint8_t> readFile(const std::filesystem::path& file);
-
-// A fresh, empty folder removed again when the value goes away.
-class TemporaryFolder {
-  public:
-    TemporaryFolder();
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-    ~TemporaryFolder();
-    const std::filesystem::path& path() const { return path_; }
-    std::filesystem::path operator/(const std::string& name) const { return path_ / name; }
-
-  private:
-    std::filesystem::path path_;
-};
 
 } // namespace photo_fixtures

@@ -1,6 +1,6 @@
 #include "dravik/error.h"
 #include "dravik/store.h"
-#include "save_fixtures.h"
+#include "test_support.h"
 
 #include <chrono>
 #include <csignal>
@@ -18,7 +18,7 @@ namespace {
 // The document the writer saves at each revision: sizes vary from 4 KB to about 240 KB, so that
 // kills land in every phase of small and large writes.
 ReviewDocument documentAt(std::int64_t revision) {
-    return savetest::document(revision, 1 + static_cast<int>(revision * 37 % 64));
+    return dravik::test::savedDocument(revision, 1 + static_cast<int>(revision * 37 % 64));
 }
 
 [[noreturn]] void writeForever(const fs::path& file) {
@@ -70,7 +70,7 @@ TEST(ReviewStoreCrashTest, WriterKilledAtAnyInstantLeavesTheOldOrTheNewReview) {
         }
         // Each writer clears what the previous one stranded before it writes, so at most the
         // temporary of the writer just killed may be left.
-        const auto left = savetest::entries(folder.path());
+        const auto left = dravik::test::entries(folder.path());
         const auto temporaries =
             std::count_if(left.begin(), left.end(), [](auto& n) { return n.starts_with("."); });
         ASSERT_LE(temporaries, 1) << "after kill " << kills;
@@ -81,7 +81,8 @@ TEST(ReviewStoreCrashTest, WriterKilledAtAnyInstantLeavesTheOldOrTheNewReview) {
 
     ReviewStore::save(documentAt(lastRevision + 1), file,
                       lastRevision == 0 ? std::nullopt : std::optional(lastRevision));
-    EXPECT_EQ(savetest::entries(folder.path()), std::vector<std::string>{file.filename().string()});
+    EXPECT_EQ(dravik::test::entries(folder.path()),
+              std::vector<std::string>{file.filename().string()});
     std::printf("%d kills, reached revision %lld, %d kills stranded a temporary\n", kills,
                 static_cast<long long>(lastRevision), stranded);
 }

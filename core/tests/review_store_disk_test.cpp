@@ -1,6 +1,6 @@
 #include "dravik/error.h"
 #include "dravik/store.h"
-#include "save_fixtures.h"
+#include "test_support.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
@@ -10,7 +10,7 @@
 
 namespace fs = std::filesystem;
 using namespace dravik;
-using savetest::document;
+using dravik::test::savedDocument;
 
 namespace {
 
@@ -37,7 +37,7 @@ struct MountedFolderTest : testing::Test {
             sentence = e.message();
         }
         EXPECT_EQ(ReviewStore::load(file), kept);
-        EXPECT_EQ(savetest::entries(folder.path()),
+        EXPECT_EQ(dravik::test::entries(folder.path()),
                   std::vector<std::string>{file.filename().string()});
         return sentence;
     }
@@ -48,20 +48,20 @@ TEST_F(MountedFolderTest, FullDiskKeepsThePreviousReview) {
         GTEST_SKIP() << "cannot mount a small tmpfs here (" << std::strerror(errno)
                      << "); needs root with CAP_SYS_ADMIN";
     mounted = true;
-    ReviewStore::save(document(1), file, std::nullopt);
+    ReviewStore::save(savedDocument(1), file, std::nullopt);
 
-    const auto big = document(2, 40); // about 150 KB on a 64 KB disk
-    EXPECT_EQ(refusal(big, 1, document(1)),
+    const auto big = savedDocument(2, 40); // about 150 KB on a 64 KB disk
+    EXPECT_EQ(refusal(big, 1, savedDocument(1)),
               "There is not enough disk space to save “joint-review-0123456789ab.json”; nothing on "
               "disk was changed.");
 
     // Once space is back the same save goes through.
-    ReviewStore::save(document(2, 10), file, 1);
-    EXPECT_EQ(ReviewStore::load(file), document(2, 10));
+    ReviewStore::save(savedDocument(2, 10), file, 1);
+    EXPECT_EQ(ReviewStore::load(file), savedDocument(2, 10));
 }
 
 TEST_F(MountedFolderTest, ReadOnlyFolderIsASentenceAndChangesNothing) {
-    ReviewStore::save(document(1), file, std::nullopt);
+    ReviewStore::save(savedDocument(1), file, std::nullopt);
     if (::geteuid() != 0) {
         fs::permissions(folder.path(), fs::perms(0555));
     } else {
@@ -74,7 +74,7 @@ TEST_F(MountedFolderTest, ReadOnlyFolderIsASentenceAndChangesNothing) {
                     nullptr) != 0)
             GTEST_SKIP() << "cannot remount read-only (" << std::strerror(errno) << ")";
     }
-    const std::string sentence = refusal(document(2), 1, document(1));
+    const std::string sentence = refusal(savedDocument(2), 1, savedDocument(1));
     if (::geteuid() == 0) {
         EXPECT_EQ(sentence, "“joint-review-0123456789ab.json” cannot be saved because its folder "
                             "is on a read-only disk; nothing on disk was changed.");

@@ -4,23 +4,59 @@
 #include "json/json_reader.h"
 #include <functional>
 #include <gtest/gtest.h>
+#include <tuple>
 
 namespace dravik {
 namespace {
 
 namespace fs = std::filesystem;
 using json::Json;
+using test::failureOf;
 
-template <class Action> std::string failureOf(Action action) {
-    try {
-        action();
-    } catch (const DravikError& error) {
-        return error.what();
-    }
-    return "(no failure)";
+const CoachingBullet kneeBullet{"knee", "Knee stays tucked", "The inside knee is against the tank.",
+                                PairFeature::insideKnee};
+const CoachingBullet bodyBullet{"body", "Upper body upright", "The shoulders stay above the tank.",
+                                std::nullopt};
+
+// The sample session with a photo assessment of "corner-1".
+SessionManifest assessedManifest() {
+    SessionManifest manifest = test::sampleManifest();
+    manifest.pairs[0].cornerDirection = CornerDirection::left;
+    manifest.pairs[0].photoCoaching = {kneeBullet, bodyBullet};
+    return manifest;
 }
 
-TEST(ReviewStoreMake, BuildsOneUnreviewedFramePerRiderInManifestOrder) {
+// The assessed session written into `dir`, reviewed: four joint changes, lean lines on both
+// photos of "corner-1" (the reference rider's without a reference line), and both its contexts.
+ReviewDocument sample(const test::TempDir& dir) {
+    const auto files = test::writeSession(dir.path(), assessedManifest());
+    ReviewDocument document = ReviewStore::make(files.manifest, files.results);
+    document.setJoint(0, "left_elbow", Point2{410.5, 222.25}, JointReviewState::corrected);
+    document.setJoint(0, "right_knee", std::nullopt, JointReviewState::obscured);
+    document.setJoint(1, "nose", Point2{1, 2}, JointReviewState::uncertain);
+    document.addRetry(2, {test::poseResult("2D", {600, 300}), std::nullopt});
+    for (std::size_t i : {0, 1}) {
+        LeanAnnotation lines(document.frames()[i], LeanLine{{500, 300}, {560, 700}, 3.0});
+        if (i == 0)
+            lines.reference = LeanLine{{100, 650}, {1100, 640}, 4.0};
+        lines.wheelReviewed = true;
+        document.setLeanAnnotation(lines.frameID, lines);
+    }
+    PairContext context{"corner-1",
+                        CornerDirection::right,
+                        std::map<PairFeature, KneePlacement>{
+                            {PairFeature::insideKnee, KneePlacement::riderFurtherOut}},
+                        {{"leftElbow", ViewComparability::comparable}}};
+    document.setPairContext("corner-1", context);
+    LeanPairContext lean;
+    lean.pairID = "corner-1";
+    lean.sameWheelCue = lean.cameraRollComparable = true;
+    lean.approvalDigest = test::hashOf("approved");
+    document.setLeanPairContext("corner-1", lean);
+    return document;
+}
+
+TEST(ReviewStoreMake, BuildsOneUnreviewedFramePerRiderAndRefusesForeignResults) {
     test::TempDir dir;
     const auto files = test::writeSession(dir.path());
     const ReviewDocument document = ReviewStore::make(files.manifest, files.results);
@@ -29,11 +65,9 @@ TEST(ReviewStoreMake, BuildsOneUnreviewedFramePerRiderInManifestOrder) {
     EXPECT_EQ(document.revision(), 0);
     ASSERT_EQ(document.frames().size(), 3u);
     const ReviewFrame& ref = document.frames()[1];
-    EXPECT_EQ(ref.id, "corner-1/ref");
-    EXPECT_EQ(ref.role, "reference");
-    EXPECT_EQ(ref.name, "Turn 3 entry");
-    EXPECT_EQ(ref.riderDisplayName, "Reference rider");
-    EXPECT_EQ(ref.file, "photos/ref.jpg");
+    EXPECT_EQ(
+        std::tie(ref.id, ref.role, ref.name, ref.riderDisplayName, ref.file),
+        std::tie("corner-1/ref", "reference", "Turn 3 entry", "Reference rider", "photos/ref.jpg"));
     EXPECT_EQ(ref.raw, test::sampleResults().riders[1].results);
     EXPECT_EQ(document.frames()[2].id, "solo/rider");
     EXPECT_TRUE(document.frames()[2].raw.empty()); // no entry in the results
@@ -41,12 +75,10 @@ TEST(ReviewStoreMake, BuildsOneUnreviewedFramePerRiderInManifestOrder) {
         EXPECT_TRUE(frame.edits.empty() && frame.retries.empty());
     EXPECT_EQ(ReviewStore::reviewFileName(document),
               "joint-review-" + document.identity().substr(7, 12) + ".json");
-}
 
-TEST(ReviewStoreMake, RefusesResultsThatDoNotBelongToTheManifest) {
-    test::TempDir dir;
+    // Results that do not belong to the manifest are refused.
     auto makeWith = [&](const ResultsFile& results) {
-        const auto files = test::writeSession(dir.path(), test::sampleManifest(), results);
+        test::writeSession(dir.path(), test::sampleManifest(), results);
         return failureOf([&] { ReviewStore::make(files.manifest, files.results); });
     };
     ResultsFile stranger = test::sampleResults();
@@ -57,35 +89,13 @@ TEST(ReviewStoreMake, RefusesResultsThatDoNotBelongToTheManifest) {
     otherPhoto.riders[0].sourceHash = test::hashOf("another photo");
     EXPECT_EQ(makeWith(otherPhoto), "“results.json” was made from another photo of pair "
                                     "“corner-1”, rider “rider” than the one “session.json” names.");
-
-    // Pairs that cannot be compared are refused with the manifest.
-    Json manifest = Json::parse(test::sampleManifest().encode());
-    manifest["pairs"][0]["riders"].push_back(manifest["pairs"][0]["riders"][1]);
-    manifest["pairs"][0]["riders"][2]["id"] = "ref-2";
-    test::writeText(dir / "session.json", manifest.dump());
-    EXPECT_NE(failureOf([&] {
-                  ReviewStore::make(dir / "session.json", dir / "results.json");
-              }).find("pairs[0].riders[2].role repeats the role"),
-              std::string::npos);
-    EXPECT_NE(failureOf([&] {
-                  ReviewStore::make(dir / "none.json", dir / "results.json");
-              }).find("“none.json” could not be read"),
-              std::string::npos);
 }
 
-ReviewDocument reviewedSample(const test::TempDir& dir) {
-    const auto files = test::writeSession(dir.path());
-    ReviewDocument document = ReviewStore::make(files.manifest, files.results);
-    document.setJoint(0, "left_elbow", Point2{410.5, 222.25}, JointReviewState::corrected);
-    document.setJoint(0, "right_knee", std::nullopt, JointReviewState::obscured);
-    document.setJoint(1, "nose", Point2{1, 2}, JointReviewState::uncertain);
-    document.addRetry(2, {test::poseResult("2D", {600, 300}), std::nullopt});
-    return document;
-}
-
-TEST(ReviewStoreCodec, RoundTripsEditsRetriesAndRevision) {
+TEST(ReviewStoreCodec, RoundTripsEverythingAndTheRevision) {
     test::TempDir dir;
-    const ReviewDocument document = reviewedSample(dir);
+    const ReviewDocument document = sample(dir);
+    ASSERT_EQ(document.revision(), 8) << "each change raises the revision";
+    ASSERT_EQ(document.pairAssessments().size(), 1u);
     const std::string text = ReviewStore::encode(document);
     test::writeText(dir / "review.json", text);
     EXPECT_EQ(ReviewStore::load(dir / "review.json"), document);
@@ -98,11 +108,26 @@ TEST(ReviewStoreCodec, RoundTripsEditsRetriesAndRevision) {
     EXPECT_EQ(Json::parse(editedText).dump(2) + "\n", editedText);
     EXPECT_EQ(ReviewStore::decode(editedText, "review.json"), edited);
 
-    ReviewDocument broken = document;
-    broken.setJoint(1, "nose", Point2{1, 2}, JointReviewState::corrected);
-    ReviewFrame frame = broken.frames()[1];
+    // Removing counts one revision each, like storing.
+    ReviewDocument removed = document;
+    removed.setLeanAnnotation("corner-1/ref", std::nullopt);
+    removed.setPairContext("corner-1", std::nullopt);
+    removed.setLeanPairContext("corner-1", std::nullopt);
+    EXPECT_EQ(removed.revision(), 11);
+    EXPECT_EQ(ReviewStore::decode(ReviewStore::encode(removed), "review.json"), removed);
+
+    // A review saved before the annotations existed still opens, with nothing annotated.
+    Json old = Json::parse(text);
+    for (const char* key :
+         {"leanAnnotations", "pairContexts", "leanPairContexts", "pairAssessments"})
+        old.erase(key);
+    const ReviewDocument plain = ReviewStore::decode(old.dump(), "review.json");
+    EXPECT_EQ(plain.revision(), 8);
+    EXPECT_TRUE(plain.leanAnnotations().empty() && plain.pairAssessments().empty());
+
+    ReviewFrame frame = document.frames()[1];
     frame.edits["nose"].point.reset(); // written in place, bypassing setJoint
-    ReviewDocument invalid(broken.identity(), {broken.frames()[0], frame}, broken.revision());
+    const ReviewDocument invalid(document.identity(), {document.frames()[0], frame});
     EXPECT_EQ(failureOf([&] { ReviewStore::encode(invalid); }),
               "The review document cannot be written: frames[1].edits.nose.point is required "
               "unless the joint is obscured.");
@@ -110,57 +135,57 @@ TEST(ReviewStoreCodec, RoundTripsEditsRetriesAndRevision) {
 
 TEST(ReviewStoreCodec, RefusesInvalidReviews) {
     test::TempDir dir;
-    const Json valid = Json::parse(ReviewStore::encode(reviewedSample(dir)));
-    struct Case {
-        std::function<void(Json&)> change;
-        std::string problem;
-    };
-    const Case cases[] = {
-        {[](Json& r) { r["revision"] = -1; }, "revision must not be negative"},
-        {[](Json& r) { r["revision"] = 1.5; }, "revision must be a whole number"},
-        {[](Json& r) { r["identity"] = "sha256:12"; }, "identity must be \"sha256:\""},
-        {[](Json& r) { r["frames"][1]["id"] = "corner-1/rider"; },
-         "frames[1].id must be the pair id and the rider id joined by \"/\""},
-        {[](Json& r) { r["frames"][1] = r["frames"][0]; }, "frames[1].id repeats the id"},
-        {[](Json& r) { r["frames"][1]["role"] = "subject"; },
-         "frames[1].role repeats the role of another frame of the same pair"},
-        {[](Json& r) {
-             r["frames"][0]["edits"]["tail"] = {{"state", "obscured"}};
-         },
-         "frames[0].edits.tail is not a known joint name"},
-        {[](Json& r) {
-             r["frames"][0]["edits"]["right_knee"]["point"] = {{"x", 1}, {"y", 1}};
-         },
-         "frames[0].edits.right_knee.point must be absent for an obscured joint"},
-        {[](Json& r) { r["frames"][0]["edits"]["left_elbow"]["state"] = "Corrected"; },
-         "frames[0].edits.left_elbow.state must be one of"},
-        {[](Json& r) { r["frames"][2]["retries"][0]["primary"]["count"] = "1"; },
-         "frames[2].retries[0].primary.count must be a whole number"},
-        {[](Json& r) { r["frames"][0]["panel"]["height"] = 801; },
-         "frames[0].panel must lie inside the 1200 × 800 photo"},
-        {[](Json& r) { r["frames"][0].erase("raw"); }, "frames[0].raw is missing"},
-        {[](Json& r) { r["version"] = 2; }, "(version)"},
-    };
-    for (const Case& c : cases) {
-        Json changed = valid;
-        c.change(changed);
-        std::string message =
-            failureOf([&] { ReviewStore::decode(changed.dump(), "review.json"); });
-        if (c.problem == "(version)")
-            EXPECT_EQ(message, "“review.json” uses version 2 of the review document format, but "
-                               "only version 1 can be read.");
-        else
-            EXPECT_EQ(
-                message.rfind("“review.json” is not a valid review document: " + c.problem, 0), 0u)
-                << c.problem << "\n  got: " << message;
-    }
+    const Json valid = Json::parse(ReviewStore::encode(sample(dir)));
+    test::expectRefusals(
+        valid, [](const std::string& text) { ReviewStore::decode(text, "review.json"); },
+        "“review.json” is not a valid review document: ",
+        {
+            {[](Json& r) { r["revision"] = -1; }, "revision must not be negative"},
+            {[](Json& r) { r["identity"] = "sha256:12"; }, "identity must be \"sha256:\""},
+            {[](Json& r) { r["frames"][1]["id"] = "corner-1/rider"; },
+             "frames[1].id must be the pair id and the rider id joined by \"/\""},
+            {[](Json& r) { r["frames"][1] = r["frames"][0]; }, "frames[1].id repeats the id"},
+            {[](Json& r) { r["frames"][1]["role"] = "subject"; },
+             "frames[1].role repeats the role of another frame of the same pair"},
+            {[](Json& r) {
+                 r["frames"][0]["edits"]["tail"] = {{"state", "obscured"}};
+             },
+             "frames[0].edits.tail is not a known joint name"},
+            {[](Json& r) {
+                 r["frames"][0]["edits"]["right_knee"]["point"] = {{"x", 1}, {"y", 1}};
+             },
+             "frames[0].edits.right_knee.point must be absent for an obscured joint"},
+            {[](Json& r) { r["frames"][0]["edits"]["left_elbow"]["state"] = "Corrected"; },
+             "frames[0].edits.left_elbow.state must be one of"},
+            {[](Json& r) { r["frames"][0]["panel"]["height"] = 801; },
+             "frames[0].panel must lie inside the 1200 × 800 photo"},
+            {[](Json& r) {
+                 r["leanAnnotations"]["corner-1/ghost"] = r["leanAnnotations"]["corner-1/ref"];
+             },
+             "leanAnnotations[\"corner-1/ghost\"] belongs to a frame the document does not have"},
+            {[](Json& r) { r["leanAnnotations"]["corner-1/ref"]["frameID"] = "corner-1/rider"; },
+             "leanAnnotations[\"corner-1/ref\"].frameID must be the frame id it is filed under"},
+            {[](Json& r) {
+                 r["leanAnnotations"]["corner-1/ref"]["sourceHash"] = test::hashOf("x");
+             },
+             "leanAnnotations[\"corner-1/ref\"] does not fit its frame: the lean lines were drawn "
+             "on "
+             "another version of photo “ref.jpg”"},
+            {[](Json& r) { r["leanAnnotations"]["corner-1/ref"]["wheel"]["b"]["y"] = 900; },
+             "leanAnnotations[\"corner-1/ref\"] does not fit its frame: "},
+            {[](Json& r) { r["pairContexts"]["solo-2"] = r["pairContexts"]["corner-1"]; },
+             "pairContexts.solo-2 belongs to a pair the document does not have"},
+            {[](Json& r) { r["pairContexts"]["solo"] = r["pairContexts"]["corner-1"]; },
+             "pairContexts.solo.pairID must be the pair id it is filed under"},
+            {[](Json& r) { r["pairAssessments"]["gone"] = r["pairAssessments"]["corner-1"]; },
+             "pairAssessments.gone belongs to a pair the document does not have"},
+        });
 }
 
 TEST(ReviewStoreValidate, AcceptsItsOwnSessionAndRefusesAnyOther) {
     test::TempDir dir;
-    const ReviewDocument saved = reviewedSample(dir);
-    const auto files = test::writeSession(dir.path());
-    const ReviewDocument raw = ReviewStore::make(files.manifest, files.results);
+    const ReviewDocument saved = sample(dir);
+    const ReviewDocument raw = ReviewStore::make(dir / "session.json", dir / "results.json");
     EXPECT_NO_THROW(ReviewStore::validate(saved, raw));
 
     const std::string name = "“" + ReviewStore::reviewFileName(saved) + "”";
@@ -189,6 +214,44 @@ TEST(ReviewStoreValidate, AcceptsItsOwnSessionAndRefusesAnyOther) {
         EXPECT_EQ(refusal([&](auto& f) { change(f[0]); }),
                   name + " does not match the session’s frame “corner-1/rider”: " + what +
                       " differs.");
+}
+
+TEST(ReviewStoreValidate, RefusesForeignLinesAndAdoptTakesTheSessionsAssessments) {
+    test::TempDir dir;
+    const ReviewDocument saved = sample(dir);
+    const std::string name = "“" + ReviewStore::reviewFileName(saved) + "”";
+
+    // The manifest's coaching was edited after saving: still valid, and the session's wins.
+    SessionManifest edited = assessedManifest();
+    edited.pairs[0].photoCoaching = {bodyBullet};
+    edited.pairs[1].cornerDirection = CornerDirection::unknown;
+    const auto files = test::writeSession(dir.path(), edited);
+    const ReviewDocument raw = ReviewStore::make(files.manifest, files.results);
+    ASSERT_EQ(raw.pairAssessments().size(), 2u);
+    EXPECT_EQ(raw.pairAssessments().at("corner-1"),
+              (PairPhotoAssessment{CornerDirection::left, {bodyBullet}}));
+    EXPECT_EQ(raw.pairAssessments().at("solo"),
+              (PairPhotoAssessment{CornerDirection::unknown, {}}));
+    const ReviewDocument adopted = ReviewStore::adopt(saved, raw);
+    EXPECT_EQ(adopted.pairAssessments(), raw.pairAssessments());
+    EXPECT_EQ(adopted.revision(), saved.revision());
+    EXPECT_EQ(adopted.leanAnnotations(), saved.leanAnnotations());
+
+    // Lines drawn on another version of the photo, and statements about a pair that is gone.
+    ReviewDocument otherPhoto = saved;
+    LeanAnnotation stale = *saved.leanAnnotation("corner-1/rider");
+    stale.sourceHash = test::hashOf("earlier photo");
+    otherPhoto.setLeanAnnotation("corner-1/rider", stale);
+    EXPECT_EQ(failureOf([&] { ReviewStore::adopt(otherPhoto, raw); }),
+              name + " holds lean lines that the session’s frame “corner-1/rider” cannot take: "
+                     "the lean lines were drawn on another version of photo “rider.jpg”; its "
+                     "content hash has changed.");
+    ReviewDocument ghost = saved;
+    LeanPairContext stray;
+    stray.pairID = "turn-9";
+    ghost.setLeanPairContext("turn-9", stray);
+    EXPECT_EQ(failureOf([&] { ReviewStore::validate(ghost, raw); }),
+              name + " holds statements about the pair “turn-9”, which the session does not have.");
 }
 
 TEST(ReviewStoreAssetURL, StaysInsideTheManifestFolder) {
