@@ -1,6 +1,7 @@
 #include "bundle.h"
 
 #include <QCoreApplication>
+#include <QFile>
 #include <cstdlib>
 #include <optional>
 
@@ -17,6 +18,16 @@ std::filesystem::path Bundle::resourcePath(std::string_view name) const {
 
 std::filesystem::path Bundle::batchProgram() const {
     return root_ / TESSARY_LIBEXEC_SUBDIR / "dravik-batch";
+}
+
+std::optional<std::filesystem::path> Bundle::dataDirectory() const {
+    QFile file(QString::fromStdString(resourcePath("data-directory.txt").string()));
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    const QString text = QString::fromUtf8(file.readAll()).trimmed();
+    if (text.isEmpty())
+        return std::nullopt;
+    return expandUserPath(text.toStdString());
 }
 
 namespace {

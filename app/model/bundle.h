@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string_view>
 
 namespace tessary {
@@ -18,6 +19,9 @@ class Bundle {
     std::filesystem::path resourcePath(std::string_view name) const;
     // libexec/tessary/dravik-batch
     std::filesystem::path batchProgram() const;
+    // The data folder named by "data-directory.txt" (trimmed, then expanded as expandUserPath
+    // does); none when the resource is missing, unreadable or blank.
+    std::optional<std::filesystem::path> dataDirectory() const;
 
   private:
     std::filesystem::path root_;

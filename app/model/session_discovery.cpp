@@ -3,7 +3,6 @@
 #include "reviewer_model.h"
 #include "session_analysis_worker.h"
 
-#include <QFile>
 #include <QPointer>
 #include <algorithm>
 
@@ -12,18 +11,6 @@ namespace tessary {
 namespace fs = std::filesystem;
 
 namespace {
-
-// The configured data folder: the resource's text without surrounding white space, with a
-// leading "~" or "$XDG_DATA_HOME" standing for this user's folder.
-std::optional<fs::path> configuredDataDirectory(const Bundle& bundle) {
-    QFile file(QString::fromStdString(bundle.resourcePath("data-directory.txt").string()));
-    if (!file.open(QIODevice::ReadOnly))
-        return std::nullopt;
-    const QString text = QString::fromUtf8(file.readAll()).trimmed();
-    if (text.isEmpty())
-        return std::nullopt;
-    return expandUserPath(text.toStdString());
-}
 
 std::string folderName(const fs::path& folder) {
     return folder.has_filename() ? folder.filename().string()
@@ -63,7 +50,7 @@ void ReviewerModel::discoverSessions(std::optional<fs::path> dataDirectory, Anal
     if (isDiscovering_)
         return;
     if (!dataDirectory)
-        dataDirectory = configuredDataDirectory(bundle_);
+        dataDirectory = bundle_.dataDirectory();
     if (!dataDirectory) {
         assign(discoveryStatus_, "Automatic discovery needs a configured data folder.",
                discoveryChange);

@@ -1,6 +1,5 @@
 #include "shell/sample_copy.h"
 
-#include <QFile>
 #include <QString>
 #include <system_error>
 #include <unistd.h>
@@ -9,19 +8,9 @@ namespace tessary {
 
 namespace fs = std::filesystem;
 
-std::optional<fs::path> configuredDataFolder(const Bundle& bundle) {
-    QFile file(QString::fromStdString(bundle.resourcePath("data-directory.txt").string()));
-    if (!file.open(QIODevice::ReadOnly))
-        return std::nullopt;
-    const QString text = QString::fromUtf8(file.readAll()).trimmed();
-    if (text.isEmpty())
-        return std::nullopt;
-    return expandUserPath(text.toStdString());
-}
-
 std::optional<std::string> provideSampleSession(const Bundle& bundle) {
     const fs::path sample = bundle.resourcePath("sample-session");
-    const auto dataFolder = configuredDataFolder(bundle);
+    const auto dataFolder = bundle.dataDirectory();
     std::error_code error;
     if (!dataFolder || !fs::is_directory(sample, error))
         return std::nullopt;

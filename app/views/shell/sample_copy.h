@@ -14,7 +14,4 @@ namespace tessary {
 // Returns the reason when the copy was needed but could not be made.
 std::optional<std::string> provideSampleSession(const Bundle& bundle);
 
-// The data folder named by the bundle's "data-directory.txt", expanded; none when unset.
-std::optional<std::filesystem::path> configuredDataFolder(const Bundle& bundle);
-
 } // namespace tessary
