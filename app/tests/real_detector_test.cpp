@@ -1,29 +1,8 @@
-#include "model_fixture.h"
-
-#include <QCoreApplication>
-#include <QElapsedTimer>
-#include <functional>
+#include "workers_support.h"
 
 namespace tessary::test {
 
-namespace {
-
-bool waitUntil(const std::function<bool()>& done, int milliseconds) {
-    QElapsedTimer clock;
-    clock.start();
-    while (!done() && clock.elapsed() < milliseconds)
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
-    return done();
-}
-
-std::size_t detectedJoints(const dravik::ReviewFrame& frame) {
-    std::size_t joints = 0;
-    for (const dravik::DravikResult& result : frame.raw)
-        joints = std::max(joints, result.joints.size());
-    return joints;
-}
-
-} // namespace
+using namespace std::chrono_literals;
 
 // The real batch program behind the model, offline: a folder of photos dropped into the data
 // folder becomes a session with detected joints, and a retry brings back real points.
@@ -40,34 +19,32 @@ TEST(RealDetector, AnalysesADroppedFolderAndRetriesTheActiveRider) {
     fs::create_directories(folder);
     int copied = 0;
     for (const fs::directory_entry& entry : fs::directory_iterator(photos))
-        if (entry.path().extension() == ".jpg" && copied < 2) {
+        if (entry.path().extension() == ".jpg" && copied++ < 2)
             fs::copy_file(entry.path(), folder / entry.path().filename());
-            ++copied;
-        }
-    ASSERT_EQ(copied, 2);
+    ASSERT_GE(copied, 2);
 
     ReviewerModel model(bundle, std::make_shared<ScriptedChooser>());
     model.discoverSessions(temp.path() / "data");
-    ASSERT_TRUE(waitUntil([&] { return !model.isDiscovering(); }, 240'000));
+    ASSERT_TRUE(waitUntil([&] { return !model.isDiscovering(); }, 240s));
     EXPECT_TRUE(model.discoveryFailures().empty())
         << (model.discoveryFailures().empty() ? "" : model.discoveryFailures().front());
     ASSERT_EQ(model.presets().size(), 1u) << model.discoveryStatus();
-    EXPECT_TRUE(fs::exists(folder / "session.json"));
     EXPECT_TRUE(fs::exists(folder / "results.json"));
 
     // Discovery opened it: nothing else was open.
-    ASSERT_TRUE(waitUntil([&] { return model.document() != nullptr; }, 10'000));
+    ASSERT_TRUE(waitUntil([&] { return model.document() != nullptr; }, 10s));
     EXPECT_EQ(model.error(), std::nullopt);
     ASSERT_EQ(model.document()->frames().size(), 2u);
     std::size_t best = 0;
     for (const dravik::ReviewFrame& frame : model.document()->frames())
-        best = std::max(best, detectedJoints(frame));
+        for (const dravik::DravikResult& result : frame.raw)
+            best = std::max(best, result.joints.size());
     EXPECT_EQ(best, 19u) << "the detector found nobody in either photo";
 
     ASSERT_TRUE(model.frame());
     const std::string active = model.frame()->id;
     model.retryDetection(true);
-    ASSERT_TRUE(waitUntil([&] { return !model.isDetecting(); }, 120'000));
+    ASSERT_TRUE(waitUntil([&] { return !model.isDetecting(); }, 120s));
     EXPECT_EQ(model.error(), std::nullopt);
     ASSERT_EQ(model.frame(active)->retries.size(), 1u) << model.message();
     const dravik::DetectionRetry& retry = model.frame(active)->retries.front();

@@ -11,36 +11,20 @@ namespace {
 
 using namespace std::chrono_literals;
 
-const std::string needsFolder = "Automatic discovery needs a configured data folder.";
-
 // Points XDG_DATA_HOME elsewhere for as long as it lives.
-class DataHome {
-  public:
-    explicit DataHome(const fs::path& folder)
-        : wasSet_(qEnvironmentVariableIsSet("XDG_DATA_HOME")), old_(qgetenv("XDG_DATA_HOME")) {
-        qputenv("XDG_DATA_HOME", folder.string().c_str());
-    }
-    ~DataHome() {
-        if (wasSet_)
-            qputenv("XDG_DATA_HOME", old_);
-        else
-            qunsetenv("XDG_DATA_HOME");
-    }
-
-  private:
-    bool wasSet_;
-    QByteArray old_;
+struct DataHome {
+    explicit DataHome(const fs::path& folder) { qputenv("XDG_DATA_HOME", folder.c_str()); }
+    ~DataHome() { old.isEmpty() ? qunsetenv("XDG_DATA_HOME") : qputenv("XDG_DATA_HOME", old); }
+    const QByteArray old = qgetenv("XDG_DATA_HOME");
 };
 
 class DiscoveryTest : public ModelTest {
   protected:
     fs::path bundleRoot() const { return temp.path() / "bundle"; }
-    fs::path resource(const std::string& name) const {
-        return Bundle(bundleRoot()).resourcePath(name);
-    }
     void writeResource(const std::string& name, const std::string& text) const {
-        fs::create_directories(resource(name).parent_path());
-        std::ofstream(resource(name)) << text;
+        const fs::path file = Bundle(bundleRoot()).resourcePath(name);
+        fs::create_directories(file.parent_path());
+        std::ofstream(file) << text;
     }
     void discover(std::optional<fs::path> folder = std::nullopt,
                   ReviewerModel::AnalyzeFolder analyze = {}) {
@@ -54,13 +38,20 @@ class DiscoveryTest : public ModelTest {
     fs::path data = temp.path() / "data";
 };
 
+// Eighteen new folders and two whose analysis fails, beside a ready session and a photo that
+// is not one.
 TEST_F(DiscoveryTest, ReadyNewAndBrokenFoldersBecomePresetsAndFailureLines) {
     bundledSession(data / "ready");
-    writePhoto(data / "fresh" / "a.png", 1);
-    writePhoto(data / "fresh" / "b.png", 2);
-    fs::create_directories(data / "broken");
-    std::ofstream(data / "broken" / "photo.jpg") << "not a photo";
-    installFakeBatch(bundleRoot(), "result");
+    fs::create_directories(data / "unreadable");
+    std::ofstream(data / "unreadable" / "photo.jpg") << "not a photo";
+    for (int i = 1; i <= 20; ++i)
+        writePhoto(data /
+                       (i > 18 ? "broken-" + std::to_string(i - 18)
+                               : (i < 10 ? "folder-0" : "folder-") + std::to_string(i)) /
+                       "photo.png",
+                   i);
+    writePhoto(data / "folder-01" / "second.png", 30);
+    installFakeBatch(bundleRoot(), "result", {{"FAKE_BATCH_FAIL_MATCH", "/broken-"}});
 
     std::vector<std::string> statuses;
     QObject::connect(&model, &ReviewerModel::discoveryChanged,
@@ -71,19 +62,23 @@ TEST_F(DiscoveryTest, ReadyNewAndBrokenFoldersBecomePresetsAndFailureLines) {
     model.discoverSessions(data); // one discovery at a time
     ASSERT_TRUE(waitUntil([&] { return !model.isDiscovering(); }));
 
-    ASSERT_EQ(model.presets().size(), 2u);
-    EXPECT_EQ(model.presets()[0], presetFor("fresh", data / "fresh"));
-    EXPECT_EQ(model.presets()[1].id(), (data / "ready" / "session.json").string());
-    EXPECT_EQ(model.presets()[1].results, (data / "ready" / "results.json").string());
-    ASSERT_EQ(model.discoveryFailures().size(), 1u);
-    EXPECT_EQ(model.discoveryFailures()[0].rfind("broken: ", 0), 0u);
+    const std::string failed =
+        ": Folder analysis failed. See results.json.log. Relaunch or rescan to retry.";
+    const auto& failures = model.discoveryFailures();
+    ASSERT_EQ(failures.size(), 3u);
+    EXPECT_EQ(failures[0], "broken-1" + failed);
+    EXPECT_EQ(failures[1], "broken-2" + failed);
+    EXPECT_EQ(failures[2].rfind("unreadable: ", 0), 0u);
+    EXPECT_TRUE(contains(data / "broken-2" / "results.json.log", "The photo could not be read."));
+    EXPECT_TRUE(contains(data / "folder-01" / "results.json.log", "fake dravik-batch feasibility"));
     EXPECT_EQ(model.discoveryStatus(),
-              "2 sessions ready \u00b7 1 newly analyzed \u00b7 Some folders need attention");
+              "19 sessions ready \u00b7 18 newly analyzed \u00b7 Some folders need attention");
     EXPECT_EQ(statuses.back(), model.discoveryStatus());
-    EXPECT_NE(std::find(statuses.begin(), statuses.end(), "Checking / analyzing fresh\u2026"),
+    EXPECT_NE(std::find(statuses.begin(), statuses.end(), "Checking / analyzing folder-01\u2026"),
               statuses.end());
-    EXPECT_NE(readText(data / "fresh" / "results.json.log").find("fake dravik-batch feasibility"),
-              std::string::npos);
+    ASSERT_EQ(model.presets().size(), 19u);
+    EXPECT_EQ(model.presets().front(), presetFor("folder-01", data / "folder-01"));
+    EXPECT_EQ(model.presets().back(), presetFor(model.presets().back().title, data / "ready"));
 
     // Nothing was open, so the first session found is.
     ASSERT_NE(model.document(), nullptr);
@@ -100,6 +95,9 @@ TEST_F(DiscoveryTest, KnownPresetsAreReplacedInPlaceAndAnOpenSessionStays) {
             {"title": "Old title", "manifest": ")" +
         (data / "ready" / "session.json").string() + R"(", "results": ")" +
         elsewhere.results.string() + R"("}])";
+    writeResource("launch.json", R"([{"title": "Broken", "manifest": "a.json"}])");
+    model.loadPresets();
+    EXPECT_TRUE(model.presets().empty());
     writeResource("launch.json", launch);
     model.loadPresets();
     ASSERT_EQ(model.presets().size(), 2u);
@@ -121,40 +119,14 @@ TEST_F(DiscoveryTest, KnownPresetsAreReplacedInPlaceAndAnOpenSessionStays) {
     EXPECT_EQ(model.sessionID(), open);
 }
 
-TEST_F(DiscoveryTest, TwentyFoldersWithTwoFailingAnalyses) {
-    std::vector<std::string> names;
-    for (int i = 1; i <= 18; ++i)
-        names.push_back((i < 10 ? "folder-0" : "folder-") + std::to_string(i));
-    names.push_back("broken-1");
-    names.push_back("broken-2");
-    for (std::size_t i = 0; i < names.size(); ++i)
-        writePhoto(data / names[i] / "photo.png", static_cast<int>(i));
-    installFakeBatch(bundleRoot(), "result", {{"FAKE_BATCH_FAIL_MATCH", "/broken-"}});
-
-    discover(data);
-    const std::string failed =
-        ": Folder analysis failed. See results.json.log. Relaunch or rescan to retry.";
-    EXPECT_EQ(model.discoveryFailures(),
-              (std::vector<std::string>{"broken-1" + failed, "broken-2" + failed}));
-    EXPECT_EQ(model.discoveryStatus(),
-              "18 sessions ready \u00b7 18 newly analyzed \u00b7 Some folders need attention");
-    ASSERT_EQ(model.presets().size(), 18u);
-    EXPECT_EQ(model.presets().front(), presetFor("folder-01", data / "folder-01"));
-    EXPECT_NE(
-        readText(data / "broken-2" / "results.json.log").find("The folder could not be analysed."),
-        std::string::npos);
-    ASSERT_NE(model.document(), nullptr);
-    EXPECT_EQ(model.document()->frames().front().file, "photo.png");
-}
-
 TEST_F(DiscoveryTest, LaunchDiscoveryReadsTheConfiguredFolderOnce) {
-    model.discoverSessions();
-    EXPECT_EQ(model.discoveryStatus(), needsFolder);
-    EXPECT_FALSE(model.isDiscovering());
-    writeResource("data-directory.txt", " \n\t \n");
-    model.discoverSessions();
-    EXPECT_EQ(model.discoveryStatus(), needsFolder);
-    EXPECT_FALSE(model.isDiscovering());
+    for (const char* blank : {"", " \n\t \n"}) {
+        if (*blank) // first with no resource at all, then with a blank one
+            writeResource("data-directory.txt", blank);
+        model.discoverSessions();
+        EXPECT_EQ(model.discoveryStatus(), "Automatic discovery needs a configured data folder.");
+        EXPECT_FALSE(model.isDiscovering());
+    }
 
     // The installed resource names the folder for every user.
     const DataHome dataHome(temp.path());

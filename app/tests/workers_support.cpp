@@ -41,50 +41,28 @@ std::string readText(const fs::path& file) {
     return text.str();
 }
 
-std::vector<std::string> lines(const std::string& text) {
-    std::vector<std::string> result;
-    std::istringstream in(text);
-    for (std::string line; std::getline(in, line);)
-        result.push_back(line);
-    return result;
+bool contains(const fs::path& file, const std::string& text) {
+    return readText(file).find(text) != std::string::npos;
 }
-
-namespace {
-
-// The state letter and process group of /proc/<pid>/stat; the name in parentheses may hold
-// blanks, so fields are counted from its closing parenthesis.
-bool readStat(const fs::path& stat, char& state, pid_t& group) {
-    const std::string text = readText(stat);
-    const auto close = text.rfind(')');
-    if (close == std::string::npos)
-        return false;
-    std::istringstream fields(text.substr(close + 1));
-    pid_t parent = 0;
-    return static_cast<bool>(fields >> state >> parent >> group);
-}
-
-} // namespace
 
 std::vector<pid_t> livingMembers(pid_t group) {
     std::vector<pid_t> members;
     std::error_code ignored;
     for (const auto& entry : fs::directory_iterator("/proc", ignored)) {
         const std::string name = entry.path().filename().string();
-        if (name.find_first_not_of("0123456789") != std::string::npos)
+        // The command name in parentheses may hold blanks: fields count from its end.
+        const std::string stat = readText(entry.path() / "stat");
+        const auto close = stat.rfind(')');
+        if (name.find_first_not_of("0123456789") != std::string::npos || close == std::string::npos)
             continue;
+        std::istringstream fields(stat.substr(close + 1));
         char state = 0;
+        pid_t parent = 0;
         pid_t memberGroup = 0;
-        if (readStat(entry.path() / "stat", state, memberGroup) && memberGroup == group &&
-            state != 'Z')
+        if (fields >> state >> parent >> memberGroup && memberGroup == group && state != 'Z')
             members.push_back(static_cast<pid_t>(std::stol(name)));
     }
     return members;
-}
-
-bool alive(pid_t pid) {
-    char state = 0;
-    pid_t group = 0;
-    return readStat(fs::path("/proc") / std::to_string(pid) / "stat", state, group) && state != 'Z';
 }
 
 void writePhoto(const fs::path& file, int seed) {

@@ -22,12 +22,10 @@ bool waitUntil(const std::function<bool()>& done,
                std::chrono::milliseconds limit = std::chrono::seconds(20));
 
 std::string readText(const fs::path& file);
-std::vector<std::string> lines(const std::string& text);
+bool contains(const fs::path& file, const std::string& text);
 
-// Processes of `group` that still run (zombies, which are gone but for their exit status, do
-// not count).
+// Processes of `group` that still run (zombies, gone but for their exit status, do not count).
 std::vector<pid_t> livingMembers(pid_t group);
-bool alive(pid_t pid);
 
 // A small PNG photo, different for every `seed`.
 void writePhoto(const fs::path& file, int seed);

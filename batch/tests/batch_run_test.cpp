@@ -5,12 +5,11 @@
 #include "dravik/manifest.h"
 
 #include <csignal>
-#include <fstream>
 #include <gtest/gtest.h>
 
 using namespace dravik;
 using namespace dravik::batch;
-using namespace batch_fixtures;
+using namespace dravik::test;
 namespace fs = std::filesystem;
 
 namespace {
@@ -20,35 +19,57 @@ struct Outcome {
     std::string stderrText;
 };
 
-Outcome run(const std::vector<std::string>& arguments, const WorkerSetup& setup) {
-    std::signal(SIGPIPE, SIG_IGN);
-    testing::internal::CaptureStderr();
-    int status = runBatch(arguments, [&] { return setup; });
-    return {status, testing::internal::GetCapturedStderr()};
-}
-
-void write(const fs::path& file, const std::string& text) {
-    std::ofstream(file) << text;
-}
-
-class Redetect : public testing::Test {
+class BatchRun : public testing::Test {
   protected:
-    void SetUp() override {
-        hash = writeDotPhoto(photo, 800, 600, 500, 300);
-        write(request, RetryRequest{photo.string(), hash, {400, 200, 200, 100}}.encode());
+    Outcome run(const std::vector<std::string>& arguments, const std::string& workerMode) {
+        std::signal(SIGPIPE, SIG_IGN);
+        testing::internal::CaptureStderr();
+        int status = runBatch(arguments, [&] { return batch_fixtures::fakeWorker(workerMode); });
+        return {status, testing::internal::GetCapturedStderr()};
     }
-    TempFolder folder;
-    fs::path photo = folder.path() / "rider.jpg";
-    fs::path request = folder.path() / "request.json";
-    fs::path result = folder.path() / "result.json";
-    std::string hash;
+    // An unreviewed rider seen on the whole 640 x 480 photo, as discovery writes it.
+    RiderInput rider(const std::string& file, int dotX, int dotY) {
+        std::string hash = batch_fixtures::writeDotPhoto(folder / file, 640, 480, dotX, dotY);
+        PixelRect whole{0, 0, 640, 480};
+        return {"rider", "subject", std::string(SessionDiscovery::unreviewedRiderName()),
+                file,    hash,      {640, 480},
+                whole,   whole};
+    }
+    void writeManifest(const std::vector<RiderInput>& riders) {
+        SessionManifest manifest{"Corner", {}};
+        for (const RiderInput& r : riders)
+            manifest.pairs.push_back({r.file + "-pair", r.file, {r}});
+        writeText(manifestFile, manifest.encode());
+    }
+    Outcome feasibility(const std::string& workerMode) {
+        return run({"feasibility", manifestFile.string(), output.string()}, workerMode);
+    }
+    TempDir folder;
+    fs::path manifestFile = folder / "session.json";
+    fs::path output = folder / "results.json";
 };
 
 } // namespace
 
-TEST_F(Redetect, WritesBothPassesInPhotoPixelsCountingPeopleInEach) {
-    fs::path log = folder.path() / "requests.log";
-    Outcome outcome = run({"redetect", request.string(), result.string()}, fakeWorker("good", log));
+TEST_F(BatchRun, RedetectWritesBothPassesInPhotoPixelsAndRefusesAChangedPhoto) {
+    const fs::path photo = folder / "rider.jpg";
+    const fs::path request = folder / "request.json";
+    const fs::path result = folder / "result.json";
+    const std::string hash = batch_fixtures::writeDotPhoto(photo, 800, 600, 500, 300);
+    auto redetect = [&](const std::string& sourceHash) {
+        writeText(request, RetryRequest{photo.string(), sourceHash, {400, 200, 200, 100}}.encode());
+        return run({"redetect", request.string(), result.string()}, "good");
+    };
+    Outcome changed = redetect("sha256:" + std::string(64, '0'));
+    EXPECT_EQ(changed.status, 1);
+    EXPECT_EQ(changed.stderrText,
+              "The photo \u201crider.jpg\u201d has changed since it was added to "
+              "the session: its content hash no longer matches.\n");
+    EXPECT_FALSE(fs::exists(result));
+    EXPECT_EQ(run({"redetect", request.string()}, "good").status, 64);
+    EXPECT_EQ(run({"detect", request.string(), result.string()}, "good").status, 64);
+
+    Outcome outcome = redetect(hash);
     ASSERT_EQ(outcome.status, 0) << outcome.stderrText;
     DetectionRetry retry = DetectionRetry::load(result);
     ASSERT_TRUE(retry.primary && retry.refined);
@@ -57,76 +78,18 @@ TEST_F(Redetect, WritesBothPassesInPhotoPixelsCountingPeopleInEach) {
     ASSERT_TRUE(nose);
     EXPECT_NEAR(nose->x, 500, 2);
     EXPECT_NEAR(nose->y, 300, 2);
-    EXPECT_TRUE(retry.primary->usable());
-    EXPECT_EQ(retry.refined->count, 1);
-    EXPECT_EQ(retry.refined->status, "needsReview");
     // The padded square starts 50 px above the crop; the fake puts the left shoulder at (0.4, 0.3).
     auto shoulder = retry.primary->point("left_shoulder");
     EXPECT_NEAR(shoulder->x, 400 + 0.4 * 200, 1e-3);
     EXPECT_NEAR(shoulder->y, 150 + 0.3 * 200, 1e-3);
-    EXPECT_EQ(readText(log), "flags=1 side=256\nflags=1 side=256\n");
+    // Both passes asked the worker to count people.
+    EXPECT_EQ(retry.primary->count, 1);
+    EXPECT_EQ(retry.refined->status, "needsReview");
 }
 
-TEST_F(Redetect, RefusesAChangedPhotoBadArgumentsAndADeadWorkerWithASentence) {
-    write(request,
-          RetryRequest{photo.string(), "sha256:" + std::string(64, '0'), {400, 200, 200, 100}}
-              .encode());
-    Outcome changed = run({"redetect", request.string(), result.string()}, fakeWorker("good"));
-    EXPECT_EQ(changed.status, 1);
-    EXPECT_EQ(changed.stderrText,
-              "The photo \u201crider.jpg\u201d has changed since it was added to "
-              "the session: its content hash no longer matches.\n");
-    EXPECT_FALSE(fs::exists(result));
-
-    EXPECT_EQ(run({"redetect", request.string()}, fakeWorker("good")).status, 64);
-    EXPECT_EQ(run({"detect", request.string(), result.string()}, fakeWorker("good")).status, 64);
-
-    write(request, RetryRequest{photo.string(), hash, {400, 200, 200, 100}}.encode());
-    Outcome dead = run({"redetect", request.string(), result.string()}, fakeWorker("die"));
-    EXPECT_EQ(dead.status, 1);
-    EXPECT_EQ(dead.stderrText,
-              "The pose worker \u201cfake_pose_worker\u201d stopped unexpectedly.\n");
-    EXPECT_FALSE(fs::exists(result));
-
-    Outcome missing = run({"redetect", (folder.path() / "none.json").string(), result.string()},
-                          fakeWorker("good"));
-    EXPECT_EQ(missing.status, 1);
-    EXPECT_NE(missing.stderrText.find("none.json"), std::string::npos) << missing.stderrText;
-}
-
-namespace {
-
-class Feasibility : public testing::Test {
-  protected:
-    RiderInput rider(const std::string& file, int dotX, int dotY) {
-        std::string hash = writeDotPhoto(folder.path() / file, 640, 480, dotX, dotY);
-        PixelRect whole{0, 0, 640, 480};
-        return {"rider", "subject", std::string(SessionDiscovery::unreviewedRiderName()),
-                file,    hash,      {640, 480},
-                whole,   whole};
-    }
-    void writeManifest(const std::vector<RiderInput>& riders) {
-        SessionManifest manifest{"Corner", {}};
-        for (const RiderInput& r : riders) {
-            PairInput pair;
-            pair.id = r.file + "-pair";
-            pair.title = r.file;
-            pair.riders = {r};
-            manifest.pairs.push_back(pair);
-        }
-        write(manifestFile, manifest.encode());
-    }
-    TempFolder folder;
-    fs::path manifestFile = folder.path() / "session.json";
-    fs::path output = folder.path() / "results.json";
-};
-
-} // namespace
-
-TEST_F(Feasibility, DetectsEveryPhotoAndTightensDiscoveredCrops) {
+TEST_F(BatchRun, FeasibilityDetectsEveryPhotoAndTightensDiscoveredCrops) {
     writeManifest({rider("a.jpg", 300, 100), rider("b.jpg", 100, 400)});
-    Outcome outcome =
-        run({"feasibility", manifestFile.string(), output.string()}, fakeWorker("good"));
+    Outcome outcome = feasibility("good");
     ASSERT_EQ(outcome.status, 0) << outcome.stderrText;
     ResultsFile results = ResultsFile::load(output);
     ASSERT_EQ(results.riders.size(), 2u);
@@ -140,41 +103,32 @@ TEST_F(Feasibility, DetectsEveryPhotoAndTightensDiscoveredCrops) {
     EXPECT_EQ(a.panel, (PixelRect{0, 0, 640, 480}));
 }
 
-TEST_F(Feasibility, LeavesReviewedCropsAloneAndReportsPhotosNeedingAttention) {
+// A bad photo is reported and the run goes on; a failing worker stops it with nothing written.
+TEST_F(BatchRun, FeasibilityReportsPhotosNeedingAttentionAndStopsWhenTheWorkerFails) {
     RiderInput named = rider("a.jpg", 300, 100);
     named.displayName = "Ada";
-    RiderInput gone = rider("b.jpg", 100, 400);
-    writeManifest({named, gone});
-    fs::remove(folder.path() / "b.jpg");
+    writeManifest({named, rider("b.jpg", 100, 400)});
+    fs::remove(folder / "b.jpg");
     std::string before = readText(manifestFile);
 
-    Outcome outcome =
-        run({"feasibility", manifestFile.string(), output.string()}, fakeWorker("good"));
+    Outcome outcome = feasibility("good");
     EXPECT_EQ(outcome.status, 2);
     EXPECT_NE(outcome.stderrText.find("b.jpg"), std::string::npos) << outcome.stderrText;
     ResultsFile results = ResultsFile::load(output);
     ASSERT_EQ(results.riders.size(), 2u);
     EXPECT_TRUE(results.riders[0].results.at(0).usable());
     EXPECT_TRUE(results.riders[1].results.empty());
-    EXPECT_EQ(readText(manifestFile), before);
+    EXPECT_EQ(readText(manifestFile), before) << "a reviewed crop was replaced";
 
     writeManifest({rider("c.jpg", 10, 10)});
-    Outcome nobody =
-        run({"feasibility", manifestFile.string(), output.string()}, fakeWorker("empty"));
+    Outcome nobody = feasibility("empty");
     EXPECT_EQ(nobody.status, 2);
     EXPECT_EQ(nobody.stderrText, "No single rider was found in \u201cc.jpg\u201d.\n");
     EXPECT_EQ(ResultsFile::load(output).riders.at(0).results.at(0).status, "noRider");
-    Outcome crowd =
-        run({"feasibility", manifestFile.string(), output.string()}, fakeWorker("crowd"));
-    EXPECT_EQ(crowd.status, 2);
-}
 
-TEST_F(Feasibility, AWorkerFailureStopsTheRunWithoutWritingResults) {
-    writeManifest({rider("a.jpg", 300, 100)});
-    std::string before = readText(manifestFile);
-    Outcome outcome =
-        run({"feasibility", manifestFile.string(), output.string()}, fakeWorker("garbage"));
-    EXPECT_EQ(outcome.status, 1);
+    fs::remove(output);
+    before = readText(manifestFile);
+    EXPECT_EQ(feasibility("garbage").status, 1);
     EXPECT_FALSE(fs::exists(output));
     EXPECT_EQ(readText(manifestFile), before);
 }

@@ -27,19 +27,19 @@ TEST(ModelSmoke, FindsAnUprightBodyInsideEachSharedPhoto) {
     for (const auto& entry : fs::directory_iterator(photos)) {
         if (entry.path().extension() != ".jpg")
             continue;
+        const std::string name = entry.path().filename().string();
         ImageInput photo = ImageInput::load(entry.path());
         PixelRect whole{0, 0, double(photo.size().width), double(photo.size().height)};
-        auto passes = detector.detectTwice(photo, whole, entry.path().filename().string());
+        auto passes = detector.detectTwice(photo, whole, name);
         const DravikResult& best = passes.refined ? *passes.refined : passes.primary;
         ASSERT_EQ(best.joints.size(), 19u);
         for (const JointResult& joint : best.joints)
-            EXPECT_TRUE(whole.contains(Point2{joint.x, joint.y})) << joint.name;
-        auto shoulders = best.point("neck");
-        auto hips = best.point("pelvis");
-        EXPECT_LT(shoulders->y, hips->y) << entry.path().filename();
-        std::cout << entry.path().filename().string() << ": people " << passes.primary.count
-                  << ", neck (" << shoulders->x << ", " << shoulders->y << "), pelvis (" << hips->x
-                  << ", " << hips->y << ")\n";
+            EXPECT_TRUE(whole.contains(Point2{joint.x, joint.y})) << name << " " << joint.name;
+        auto neck = best.point("neck");
+        auto pelvis = best.point("pelvis");
+        EXPECT_LT(neck->y, pelvis->y) << name;
+        std::cout << name << ": people " << passes.primary.count << ", neck (" << neck->x << ", "
+                  << neck->y << "), pelvis (" << pelvis->x << ", " << pelvis->y << ")\n";
         ++seen;
     }
     EXPECT_GT(seen, 0);

@@ -7,9 +7,9 @@ using namespace dravik::batch;
 
 namespace {
 
-WorkerAnswer upright(float score = 0.8f) {
+WorkerAnswer upright(float score = 0.8f, int people = 1) {
     WorkerAnswer answer;
-    answer.people = 1;
+    answer.people = people;
     for (int i = 0; i < 17; ++i)
         answer.keypoints.push_back({0.1f + 0.05f * float(i), 0.5f, score});
     return answer;
@@ -32,34 +32,24 @@ TEST(PoseResult, NamesJointsInCocoOrderMapsThemToPhotoPixelsAndAddsMidpoints) {
     answer.keypoints[12] = {0.75f, 0.75f, 0.7f};
     DravikResult result = resultFromAnswer(answer, {100, -50, 400}, 1);
 
-    EXPECT_EQ(result.kind, "2D");
     EXPECT_EQ(result.status, "needsReview");
     ASSERT_EQ(result.joints.size(), 19u);
-    EXPECT_EQ(result.joints[0].name, "nose");
     EXPECT_EQ(result.joints[16].name, "right_ankle");
     EXPECT_EQ(joint(result, "left_shoulder"), (JointResult{"left_shoulder", 200, 50, 0.9f}));
     EXPECT_EQ(joint(result, "neck"), (JointResult{"neck", 300, 50, 0.6f}));
-    JointResult pelvis = joint(result, "pelvis");
-    EXPECT_DOUBLE_EQ(pelvis.x, 300);
-    EXPECT_DOUBLE_EQ(pelvis.y, 200);
-    EXPECT_FLOAT_EQ(float(pelvis.confidence), 0.3f);
+    EXPECT_EQ(joint(result, "pelvis"), (JointResult{"pelvis", 300, 200, 0.3f}));
     EXPECT_TRUE(result.usable());
 
     EXPECT_EQ(resultFromAnswer(answer, {0, 0, 10}, 0).status, "noRider");
     EXPECT_EQ(resultFromAnswer(answer, {0, 0, 10}, 2).status, "severalPeople");
-    EXPECT_FALSE(resultFromAnswer(answer, {0, 0, 10}, 2).usable());
 }
 
 TEST(PoseResult, CountsRidersFromTheCrowdModelWithAConfidentFallback) {
-    WorkerAnswer answer = upright(0.8f);
-    answer.people = 2;
-    EXPECT_EQ(riderCount(answer), 2);
-    answer.people = 0; // the crowd model missed a rider the single model sees clearly
-    EXPECT_EQ(riderCount(answer), 1);
-    EXPECT_EQ(riderCount(upright(0.2f)), 1);
-    WorkerAnswer faint = upright(0.2f);
-    faint.people = 0;
-    EXPECT_EQ(riderCount(faint), 0);
+    EXPECT_EQ(riderCount(upright(0.8f, 2)), 2);
+    // The crowd model missed a rider the single model sees clearly.
+    EXPECT_EQ(riderCount(upright(0.8f, 0)), 1);
+    EXPECT_EQ(riderCount(upright(0.2f, 1)), 1);
+    EXPECT_EQ(riderCount(upright(0.2f, 0)), 0);
 }
 
 TEST(PoseResult, RefinedCropFramesTheConfidentJointsInsideThePhoto) {

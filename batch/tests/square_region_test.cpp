@@ -35,7 +35,7 @@ TEST(SquareRegion, PadsTheShorterSideEvenlyAndMapsFractionsBack) {
     EXPECT_EQ(visiblePart({500, 500, 20}, {100, 100}), PixelRect{});
 }
 
-TEST(SquareRegion, SamplesRowsTopDownWithChannelsInOrderAndBlackPadding) {
+TEST(SquareRegion, SamplesRowsTopDownAveragingWhenShrinkingAndReadingBlackOutside) {
     // Left half red, right half blue, a green band on rows 32..47: 64 x 64, scaled to 128 x 128.
     Image image = picture(64, 64, [](int x, int y, int c) -> std::uint8_t {
         if (y >= 32 && y < 48)
@@ -54,15 +54,13 @@ TEST(SquareRegion, SamplesRowsTopDownWithChannelsInOrderAndBlackPadding) {
     EXPECT_EQ(at(padded, 64, 5, 5)[0] + at(padded, 64, 5, 5)[1] + at(padded, 64, 5, 5)[2], 0);
     EXPECT_EQ(at(padded, 64, 40, 5)[0], 250);
     EXPECT_EQ(at(padded, 64, 40, 60)[1], 0);
-}
 
-TEST(SquareRegion, ShrinkingAveragesEverySourcePixel) {
     // One-pixel stripes of 0 and 200 must come out as their mean, not as one of them (aliasing).
     Image stripes =
         picture(1024, 1024, [](int x, int, int) -> std::uint8_t { return x % 2 ? 200 : 0; });
-    auto rgb = sampleSquare(stripes, {0, 0, 1024, 1024}, {0, 0, 1024}, 256);
+    auto shrunk = sampleSquare(stripes, {0, 0, 1024, 1024}, {0, 0, 1024}, 256);
     for (int i : {0, 1000, 65535})
-        EXPECT_EQ(rgb[std::size_t(i) * 3], 100) << i;
+        EXPECT_EQ(shrunk[std::size_t(i) * 3], 100) << i;
 
     // The decoded rectangle may start inside the photo; its offset is honoured.
     Image patch = picture(

@@ -81,31 +81,29 @@ TEST(SessionDiscovery, AnalysesNewFoldersInNameOrderAndFindsThemAgain) {
     const SessionDiscoveryReport first = analysis.run(data.path(), {}, &progress);
     EXPECT_EQ(progress, (Names{"a-ride", "b-ride", "c-broken"}));
     EXPECT_EQ(analysis.folders, (Names{"a-ride", "b-ride", "c-broken"}));
-    ASSERT_EQ(first.sessions.size(), 2u);
-    EXPECT_EQ(first.sessions[0], (DiscoveredSession{"a-ride", data / "a-ride" / "session.json",
-                                                    data / "a-ride" / "results.json", true}));
-    EXPECT_EQ(first.sessions[1].title, "b-ride");
-    EXPECT_TRUE(first.sessions[1].newlyAnalyzed);
-    ASSERT_EQ(first.failures.size(), 1u);
-    EXPECT_EQ(first.failures[0],
-              (SessionDiscoveryFailure{data / "c-broken", "“c-broken” could not be analysed: "
-                                                          "helper exited with status 1."}));
-    EXPECT_FALSE(fs::exists(data / "d-notes" / "session.json"));
-    EXPECT_FALSE(fs::exists(data / ".cache" / "session.json"));
+    auto found = [&](const std::string& name, bool analysed) {
+        return DiscoveredSession{name, data / name / "session.json", data / name / "results.json",
+                                 analysed};
+    };
+    EXPECT_EQ(first.sessions, (std::vector{found("a-ride", true), found("b-ride", true)}));
+    EXPECT_EQ(first.failures,
+              (std::vector<SessionDiscoveryFailure>{
+                  {data / "c-broken", "“c-broken” could not be analysed: helper exited with "
+                                      "status 1."}}));
+    EXPECT_FALSE(fs::exists(data / "d-notes" / "session.json") ||
+                 fs::exists(data / ".cache" / "session.json"));
 
     // The written manifest: each photo its own unreviewed subject frame showing the whole photo,
     // and the document layer opens it with the results written beside it.
     SessionManifest manifest = SessionManifest::load(data / "b-ride" / "session.json");
     EXPECT_EQ(manifest.title, "b-ride");
     ASSERT_EQ(manifest.pairs.size(), 2u);
-    const PairInput& pair = manifest.pairs[0];
-    EXPECT_EQ(pair.id, "IMG-0042");
-    EXPECT_EQ(pair.title, "IMG 0042.JPG");
-    EXPECT_EQ(pair.riders,
-              (std::vector<RiderInput>{{"rider", "subject", "Unreviewed rider", "IMG 0042.JPG",
-                                        test::hashOf(bigJpeg), ImageSize{64, 48},
-                                        PixelRect{0, 0, 64, 48}, PixelRect{0, 0, 64, 48}}}));
-    EXPECT_EQ(manifest.pairs[1].id, "IMG_0042");
+    EXPECT_EQ(
+        manifest.pairs[0],
+        (PairInput{"IMG-0042",
+                   "IMG 0042.JPG",
+                   {{"rider", "subject", "Unreviewed rider", "IMG 0042.JPG", test::hashOf(bigJpeg),
+                     ImageSize{64, 48}, PixelRect{0, 0, 64, 48}, PixelRect{0, 0, 64, 48}}}}));
     EXPECT_EQ(manifest.pairs[1].riders[0].imageSize, (ImageSize{20, 30}));
     EXPECT_EQ(ReviewStore::make(data / "b-ride" / "session.json", data / "b-ride" / "results.json")
                   .frames()
@@ -115,9 +113,7 @@ TEST(SessionDiscovery, AnalysesNewFoldersInNameOrderAndFindsThemAgain) {
     // Found as they are; only the folder still without results is analysed again.
     const SessionDiscoveryReport second = analysis.run(data.path());
     EXPECT_EQ(analysis.folders, (Names{"c-broken"}));
-    ASSERT_EQ(second.sessions.size(), 2u);
-    EXPECT_FALSE(second.sessions[0].newlyAnalyzed || second.sessions[1].newlyAnalyzed);
-    EXPECT_EQ(second.sessions[1].results, data / "b-ride" / "results.json");
+    EXPECT_EQ(second.sessions, (std::vector{found("a-ride", false), found("b-ride", false)}));
     EXPECT_EQ(folderNames(second), (Names{"c-broken"}));
 }
 
@@ -132,9 +128,9 @@ TEST(SessionDiscovery, UsesKnownResultsForAManifestSpelledAnotherWay) {
         {data / "ride" / "." / "session.json", elsewhere / "run1.json"}};
     SessionDiscoveryReport report = analysis.run(data.path(), known);
     EXPECT_TRUE(analysis.folders.empty());
-    ASSERT_EQ(report.sessions.size(), 1u);
-    EXPECT_EQ(report.sessions[0].results, elsewhere / "run1.json");
-    EXPECT_FALSE(report.sessions[0].newlyAnalyzed);
+    EXPECT_EQ(report.sessions,
+              (std::vector<DiscoveredSession>{
+                  {"ride", data / "ride" / "session.json", elsewhere / "run1.json"}}));
 
     // A known results file that has gone is no reason to skip the analysis.
     fs::remove(elsewhere / "run1.json");
@@ -162,12 +158,6 @@ TEST(SessionDiscovery, ReportsEachBrokenFolderAndGoesOn) {
     EXPECT_EQ(report.sessions[0].title, "zz-good");
     EXPECT_EQ(report.sessions[1].title, "zz-\uFFFD"); // a folder name only titles the session
     EXPECT_EQ(folderNames(report), (Names{"bad-manifest", "bad-photo", "no-results", "odd-name"}));
-    for (const auto& failure : report.failures)
-        EXPECT_TRUE(failure.message.ends_with('.') &&
-                    failure.message.find('\n') == std::string::npos)
-            << failure.message;
-    EXPECT_NE(report.failures[0].message.find("“session.json”"), std::string::npos);
-    EXPECT_NE(report.failures[1].message.find("a.jpg"), std::string::npos);
     EXPECT_EQ(report.failures[2].message,
               "The analysis of “no-results” finished without writing “results.json”.");
     EXPECT_EQ(report.failures[3].message,
@@ -190,12 +180,8 @@ TEST(SessionDiscovery, ReportsEachBrokenFolderAndGoesOn) {
 }
 
 TEST(DiscoveredManifest, PairIdsAreSafeAndUnique) {
-    EXPECT_EQ(discovery::safeID("IMG 0042"), "IMG-0042");
-    EXPECT_EQ(discovery::safeID("--a  b.c--"), "a-b-c");
-    EXPECT_EQ(discovery::safeID(""), "photo");
-
     std::vector<discovery::PhotoFacts> photos;
-    for (std::string name : {"a b.jpg", "a-b-2.jpeg", "a-b.png", "Kurve ß.jpg", "ß.png"})
+    for (std::string name : {"a b.jpg", "a-b-2.jpeg", "a-b.png", "--Kurve  ß--.jpg", "ß.png"})
         photos.push_back({name, test::digitHash('0'), {3, 2}});
     SessionManifest manifest = discovery::manifestForPhotos("ride", photos);
     Names ids;

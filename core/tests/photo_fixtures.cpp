@@ -94,26 +94,6 @@ std::vector<std::uint8_t> encodeCmykJpeg(int width, int height,
     return compress(width, height, cmyk.data(), JCS_CMYK, 4, {});
 }
 
-Picture decodeJpeg(const std::vector<std::uint8_t>& bytes) {
-    jpeg_decompress_struct cinfo{};
-    jpeg_error_mgr errors{};
-    cinfo.err = jpeg_std_error(&errors);
-    jpeg_create_decompress(&cinfo);
-    jpeg_mem_src(&cinfo, bytes.data(), bytes.size());
-    jpeg_read_header(&cinfo, TRUE);
-    cinfo.out_color_space = JCS_RGB;
-    jpeg_start_decompress(&cinfo);
-    Picture picture{int(cinfo.output_width), int(cinfo.output_height), {}};
-    picture.rgb.resize(std::size_t(picture.width) * picture.height * 3);
-    while (cinfo.output_scanline < cinfo.output_height) {
-        JSAMPROW row = &picture.rgb[std::size_t(cinfo.output_scanline) * picture.width * 3];
-        jpeg_read_scanlines(&cinfo, &row, 1);
-    }
-    jpeg_finish_decompress(&cinfo);
-    jpeg_destroy_decompress(&cinfo);
-    return picture;
-}
-
 Picture storedFor(const Picture& displayed, int orientation) {
     // Where displayed (x, y) is kept, written out case by case from the EXIF definitions.
     const int w = displayed.width, h = displayed.height;

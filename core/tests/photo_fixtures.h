@@ -62,8 +62,6 @@ std::vector<std::uint8_t> encodeJpeg(const Picture& picture, const JpegOptions& 
 // Four samples a pixel, stored as given (Adobe files store them inverted: 255 is no ink).
 std::vector<std::uint8_t> encodeCmykJpeg(int width, int height,
                                          const std::vector<std::uint8_t>& cmyk);
-// Decodes a whole JPEG the plain way, as the reference for pixel comparisons.
-Picture decodeJpeg(const std::vector<std::uint8_t>& bytes);
 
 // The stored form of `displayed` for an EXIF orientation: what a camera held sideways writes.
 Picture storedFor(const Picture& displayed, int orientation);

@@ -4,8 +4,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <functional>
 #include <gtest/gtest.h>
+#include <sys/mount.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -44,6 +46,12 @@ int exitStatus(pid_t child) {
 struct ReviewStoreSaveTest : testing::Test {
     dravik::test::TempDir folder;
     fs::path file = folder.path() / "joint-review-0123456789ab.json";
+    bool mounted = false; // a test mounted over the folder; detached before the folder goes
+
+    void TearDown() override {
+        if (mounted)
+            ::umount2(folder.path().c_str(), MNT_DETACH);
+    }
 
     // Saving must fail with exactly `sentence` and leave the folder as it was, byte for byte.
     void expectRefused(const ReviewDocument& doc, std::optional<std::int64_t> expected,
@@ -136,6 +144,44 @@ TEST_F(ReviewStoreSaveTest, ConcurrentWritersFromOneRevisionLeaveExactlyOneWinne
         EXPECT_EQ(std::count(statuses.begin(), statuses.end(), 1), 5) << "the others are refused";
         EXPECT_EQ(ReviewStore::load(file), savedDocument(2, winners[0] + 1));
     }
+}
+
+TEST_F(ReviewStoreSaveTest, FullDiskKeepsThePreviousReview) {
+    if (::mount("tmpfs", folder.path().c_str(), "tmpfs", 0, "size=64k") != 0)
+        GTEST_SKIP() << "cannot mount a small tmpfs here (" << std::strerror(errno)
+                     << "); needs root with CAP_SYS_ADMIN";
+    mounted = true;
+    ReviewStore::save(savedDocument(1), file, std::nullopt);
+    expectRefused(savedDocument(2, 40), 1, // about 150 KB on a 64 KB disk
+                  "There is not enough disk space to save “joint-review-0123456789ab.json”; "
+                  "nothing on disk was changed.");
+    // Once space is back the same save goes through.
+    ReviewStore::save(savedDocument(2, 10), file, 1);
+    EXPECT_EQ(ReviewStore::load(file), savedDocument(2, 10));
+}
+
+TEST_F(ReviewStoreSaveTest, ReadOnlyFolderIsASentenceAndChangesNothing) {
+    ReviewStore::save(savedDocument(1), file, std::nullopt);
+    const bool root = ::geteuid() == 0;
+    if (!root) {
+        fs::permissions(folder.path(), fs::perms(0555));
+    } else {
+        // Root ignores permission bits: make the folder a read-only bind mount of itself.
+        if (::mount(folder.path().c_str(), folder.path().c_str(), nullptr, MS_BIND, nullptr) != 0)
+            GTEST_SKIP() << "running as root and cannot bind-mount (" << std::strerror(errno)
+                         << ")";
+        mounted = true;
+        if (::mount(nullptr, folder.path().c_str(), nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY,
+                    nullptr) != 0)
+            GTEST_SKIP() << "cannot remount read-only (" << std::strerror(errno) << ")";
+    }
+    expectRefused(savedDocument(2), 1,
+                  std::string("“joint-review-0123456789ab.json” cannot be saved because its folder "
+                              "is ") +
+                      (root ? "on a read-only disk" : "read-only or not writable for you") +
+                      "; nothing on disk was changed.");
+    if (!root)
+        fs::permissions(folder.path(), fs::perms(0700)); // lets the folder be removed
 }
 
 } // namespace

@@ -71,8 +71,6 @@ TEST(ReviewStoreMake, BuildsOneUnreviewedFramePerRiderAndRefusesForeignResults) 
     EXPECT_EQ(ref.raw, test::sampleResults().riders[1].results);
     EXPECT_EQ(document.frames()[2].id, "solo/rider");
     EXPECT_TRUE(document.frames()[2].raw.empty()); // no entry in the results
-    for (const ReviewFrame& frame : document.frames())
-        EXPECT_TRUE(frame.edits.empty() && frame.retries.empty());
     EXPECT_EQ(ReviewStore::reviewFileName(document),
               "joint-review-" + document.identity().substr(7, 12) + ".json");
 
@@ -99,14 +97,15 @@ TEST(ReviewStoreCodec, RoundTripsEverythingAndTheRevision) {
     const std::string text = ReviewStore::encode(document);
     test::writeText(dir / "review.json", text);
     EXPECT_EQ(ReviewStore::load(dir / "review.json"), document);
-    EXPECT_EQ(ReviewStore::encode(ReviewStore::decode(text, "review.json")), text);
-    // Saves assemble the text from each frame's own; it must still be one plain pretty dump.
-    EXPECT_EQ(Json::parse(text).dump(2) + "\n", text);
+    // Saves assemble the text from each frame's own; after an edit it must still be one plain
+    // pretty dump that reads back as the edited document.
     ReviewDocument edited = document;
     edited.setJoint(1, "left_knee", Point2{7, 8}, JointReviewState::corrected);
-    const std::string editedText = ReviewStore::encode(edited);
-    EXPECT_EQ(Json::parse(editedText).dump(2) + "\n", editedText);
-    EXPECT_EQ(ReviewStore::decode(editedText, "review.json"), edited);
+    for (const ReviewDocument& d : {document, edited}) {
+        const std::string encoded = ReviewStore::encode(d);
+        EXPECT_EQ(Json::parse(encoded).dump(2) + "\n", encoded);
+        EXPECT_EQ(ReviewStore::decode(encoded, "review.json"), d);
+    }
 
     // Removing counts one revision each, like storing.
     ReviewDocument removed = document;
@@ -140,45 +139,25 @@ TEST(ReviewStoreCodec, RefusesInvalidReviews) {
         valid, [](const std::string& text) { ReviewStore::decode(text, "review.json"); },
         "“review.json” is not a valid review document: ",
         {
-            {[](Json& r) { r["revision"] = -1; }, "revision must not be negative"},
-            {[](Json& r) { r["identity"] = "sha256:12"; }, "identity must be \"sha256:\""},
             {[](Json& r) { r["frames"][1]["id"] = "corner-1/rider"; },
              "frames[1].id must be the pair id and the rider id joined by \"/\""},
             {[](Json& r) { r["frames"][1] = r["frames"][0]; }, "frames[1].id repeats the id"},
             {[](Json& r) { r["frames"][1]["role"] = "subject"; },
              "frames[1].role repeats the role of another frame of the same pair"},
             {[](Json& r) {
-                 r["frames"][0]["edits"]["tail"] = {{"state", "obscured"}};
-             },
-             "frames[0].edits.tail is not a known joint name"},
-            {[](Json& r) {
                  r["frames"][0]["edits"]["right_knee"]["point"] = {{"x", 1}, {"y", 1}};
              },
              "frames[0].edits.right_knee.point must be absent for an obscured joint"},
-            {[](Json& r) { r["frames"][0]["edits"]["left_elbow"]["state"] = "Corrected"; },
-             "frames[0].edits.left_elbow.state must be one of"},
-            {[](Json& r) { r["frames"][0]["panel"]["height"] = 801; },
-             "frames[0].panel must lie inside the 1200 × 800 photo"},
             {[](Json& r) {
                  r["leanAnnotations"]["corner-1/ghost"] = r["leanAnnotations"]["corner-1/ref"];
              },
              "leanAnnotations[\"corner-1/ghost\"] belongs to a frame the document does not have"},
             {[](Json& r) { r["leanAnnotations"]["corner-1/ref"]["frameID"] = "corner-1/rider"; },
              "leanAnnotations[\"corner-1/ref\"].frameID must be the frame id it is filed under"},
-            {[](Json& r) {
-                 r["leanAnnotations"]["corner-1/ref"]["sourceHash"] = test::hashOf("x");
-             },
-             "leanAnnotations[\"corner-1/ref\"] does not fit its frame: the lean lines were drawn "
-             "on "
-             "another version of photo “ref.jpg”"},
             {[](Json& r) { r["leanAnnotations"]["corner-1/ref"]["wheel"]["b"]["y"] = 900; },
              "leanAnnotations[\"corner-1/ref\"] does not fit its frame: "},
             {[](Json& r) { r["pairContexts"]["solo-2"] = r["pairContexts"]["corner-1"]; },
              "pairContexts.solo-2 belongs to a pair the document does not have"},
-            {[](Json& r) { r["pairContexts"]["solo"] = r["pairContexts"]["corner-1"]; },
-             "pairContexts.solo.pairID must be the pair id it is filed under"},
-            {[](Json& r) { r["pairAssessments"]["gone"] = r["pairAssessments"]["corner-1"]; },
-             "pairAssessments.gone belongs to a pair the document does not have"},
         });
 }
 
@@ -227,11 +206,9 @@ TEST(ReviewStoreValidate, RefusesForeignLinesAndAdoptTakesTheSessionsAssessments
     edited.pairs[1].cornerDirection = CornerDirection::unknown;
     const auto files = test::writeSession(dir.path(), edited);
     const ReviewDocument raw = ReviewStore::make(files.manifest, files.results);
-    ASSERT_EQ(raw.pairAssessments().size(), 2u);
-    EXPECT_EQ(raw.pairAssessments().at("corner-1"),
-              (PairPhotoAssessment{CornerDirection::left, {bodyBullet}}));
-    EXPECT_EQ(raw.pairAssessments().at("solo"),
-              (PairPhotoAssessment{CornerDirection::unknown, {}}));
+    EXPECT_EQ(raw.pairAssessments(), (std::map<std::string, PairPhotoAssessment>{
+                                         {"corner-1", {CornerDirection::left, {bodyBullet}}},
+                                         {"solo", {CornerDirection::unknown, {}}}}));
     const ReviewDocument adopted = ReviewStore::adopt(saved, raw);
     EXPECT_EQ(adopted.pairAssessments(), raw.pairAssessments());
     EXPECT_EQ(adopted.revision(), saved.revision());
@@ -287,8 +264,6 @@ TEST(ReviewStoreAssetURL, StaysInsideTheManifestFolder) {
         {"/etc/passwd",
          "The photo path “/etc/passwd” in “session.json” must be relative to the manifest’s "
          "folder."},
-        {"../outside/secret.jpg",
-         "The photo path “../outside/secret.jpg” in “session.json”" + outside},
         {"photos/../../outside/secret.jpg",
          "The photo path “photos/../../outside/secret.jpg” in “session.json”" + outside},
         {".", "The photo path “.” in “session.json”" + outside},

@@ -63,7 +63,6 @@ inline void writeText(const std::filesystem::path& file, std::string_view text) 
 inline std::string_view bytesOf(const std::vector<std::uint8_t>& bytes) {
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
-
 inline void writeText(const std::filesystem::path& file, const std::vector<std::uint8_t>& bytes) {
     writeText(file, bytesOf(bytes));
 }
@@ -76,11 +75,9 @@ inline std::string readText(const std::filesystem::path& file) {
 inline std::string hashOf(std::string_view bytes) {
     return sha256Text(bytes.data(), bytes.size());
 }
-
 inline std::string hashOf(const std::vector<std::uint8_t>& bytes) {
     return hashOf(bytesOf(bytes));
 }
-
 inline std::string digitHash(char digit) {
     return "sha256:" + std::string(64, digit);
 }

@@ -47,9 +47,6 @@ class CanvasTest : public ModelTest {
     QPointF jointOn(const JointCanvasView& canvas, const std::string& joint) const {
         return viewOf(canvas, displayed(canvas.frameID(), joint));
     }
-    void placeJoint(const std::string& frameID, const std::string& joint, dravik::Point2 point) {
-        model.edit(point, dravik::JointReviewState::corrected, model.target(frameID, joint));
-    }
 
     SessionFiles session;
 };
@@ -67,6 +64,13 @@ inline void moveTo(QWidget* w, QPointF at) {
 }
 inline void releaseAt(QWidget* w, QPointF at) {
     sendMouse(w, QEvent::MouseButtonRelease, at, Qt::NoButton);
+}
+// Presses at the first point, moves through the others and releases at the last.
+inline void dragThrough(QWidget* w, std::initializer_list<QPointF> points) {
+    pressAt(w, *points.begin());
+    for (QPointF at : points)
+        moveTo(w, at);
+    releaseAt(w, *(points.end() - 1));
 }
 
 // A point exactly `distance` away along an axis, as the canvas measures it in floating point.

@@ -3,7 +3,6 @@
 
 #include <QPointer>
 #include <QTest>
-#include <cmath>
 
 namespace tessary::test {
 namespace {
@@ -11,12 +10,11 @@ namespace {
 using dravik::JointReviewState;
 using dravik::Point2;
 
-const Point2 emptyCorner{1150, 60}; // far from the rider in every sample photo
-
 TEST_F(CanvasTest, APressReachesTheNearestJointWithin14PointsTiesToTheFirstListed) {
-    // right_shoulder comes before left_knee in the skeleton, after it alphabetically.
-    placeJoint(alex3, "left_knee", emptyCorner);
-    placeJoint(alex3, "right_shoulder", emptyCorner);
+    // right_shoulder comes before left_knee in the skeleton, after it alphabetically; both sit
+    // in a corner far from the rider.
+    for (const char* joint : {"left_knee", "right_shoulder"})
+        model.edit(Point2{1150, 60}, JointReviewState::corrected, model.target(alex3, joint));
     model.setSelected("nose");
     auto shown = showFrame(alex3);
     JointCanvasView* canvas = shown->canvas();
@@ -24,14 +22,10 @@ TEST_F(CanvasTest, APressReachesTheNearestJointWithin14PointsTiesToTheFirstListe
 
     // Just out of reach, straight and diagonally (9.9 along each axis is 14.0007 away).
     for (QPointF probe : {corner - QPointF(14.1, 0), corner + QPointF(9.9, 9.9)}) {
-        pressAt(canvas, probe);
-        moveTo(canvas, probe + QPointF(30, 0));
-        releaseAt(canvas, probe + QPointF(30, 0));
+        dragThrough(canvas, {probe, probe + QPointF(30, 0)});
         EXPECT_EQ(model.selected(), "nose");
     }
-    const QPointF edge = exactlyAway(corner, 14.0);
-    pressAt(canvas, edge);
-    releaseAt(canvas, edge);
+    dragThrough(canvas, {exactlyAway(corner, 14.0)});
     EXPECT_EQ(model.selected(), "right_shoulder");
     EXPECT_EQ(model.undoStack().size(), 2u) << "a click without movement saves nothing";
 }
@@ -40,31 +34,26 @@ TEST_F(CanvasTest, ADragPreviewsAndCommitsOnceOnRelease) {
     auto shown = showFrame(alex3);
     JointCanvasView* canvas = shown->canvas();
     const Point2 start = displayed(alex3, "right_knee");
-    const QPoint grab = jointOn(*canvas, "right_knee").toPoint();
-
-    QTest::mousePress(canvas, Qt::LeftButton, {}, grab);
+    const QPointF grab = jointOn(*canvas, "right_knee") + QPointF(0.4, -0.3);
+    pressAt(canvas, grab);
     EXPECT_EQ(model.selected(), "right_knee");
-    QTest::mouseMove(canvas, grab + QPoint(10, 0));
-    QTest::mouseMove(canvas, grab + QPoint(25, -12));
+    moveTo(canvas, grab + QPointF(10, 0));
+    moveTo(canvas, grab + QPointF(25, -12));
     EXPECT_EQ(model.previewTarget(), model.target(alex3, "right_knee"));
     EXPECT_EQ(model.document()->revision(), 0);
-    QTest::mouseRelease(canvas, Qt::LeftButton, {}, grab + QPoint(25, -12));
+    releaseAt(canvas, grab + QPointF(25, -12));
 
     // The joint travelled with the mouse, whatever part of the marker was grabbed.
     const auto edit = editOf(alex3, "right_knee").value();
     EXPECT_EQ(edit.state, JointReviewState::corrected);
     EXPECT_NEAR(edit.point->x, start.x + 25 / canvas->scale(), 1e-9);
     EXPECT_NEAR(edit.point->y, start.y - 12 / canvas->scale(), 1e-9);
-    EXPECT_EQ(model.undoStack().size(), 1u);
     EXPECT_EQ(session.saved().revision(), 1);
     EXPECT_EQ(model.previewTarget(), std::nullopt);
 
     // Back where it started: nothing to save, and no preview left behind.
-    const QPoint again = (jointOn(*canvas, "right_knee") + QPointF(3.4, -2.2)).toPoint();
-    QTest::mousePress(canvas, Qt::LeftButton, {}, again);
-    QTest::mouseMove(canvas, again + QPoint(40, 40));
-    QTest::mouseMove(canvas, again);
-    QTest::mouseRelease(canvas, Qt::LeftButton, {}, again);
+    const QPointF again = jointOn(*canvas, "right_knee") + QPointF(3.4, -2.2);
+    dragThrough(canvas, {again, again + QPointF(40, 40), again});
     EXPECT_EQ(editOf(alex3, "right_knee"), edit);
     EXPECT_EQ(model.undoStack().size(), 1u);
     EXPECT_EQ(model.previewTarget(), std::nullopt);
@@ -73,14 +62,14 @@ TEST_F(CanvasTest, ADragPreviewsAndCommitsOnceOnRelease) {
 TEST_F(CanvasTest, ADragWhoseTargetTurnsStaleIsDroppedAndItsCanvasRetired) {
     auto shown = showFrame(alex3);
     QPointer<JointCanvasView> canvas = shown->canvas();
-    const QPoint grab = jointOn(*canvas, "right_knee").toPoint();
-    QTest::mousePress(canvas, Qt::LeftButton, {}, grab);
-    QTest::mouseMove(canvas, grab + QPoint(20, 0));
+    const QPointF grab = jointOn(*canvas, "right_knee");
+    pressAt(canvas, grab);
+    moveTo(canvas, grab + QPointF(20, 0));
     model.cancelInteraction(); // what a change of frame, pair or mode does
     EXPECT_EQ(shown->canvas(), canvas.data()) << "the drag's canvas stays until the release";
-    QTest::mouseMove(canvas, grab + QPoint(40, 0));
+    moveTo(canvas, grab + QPointF(40, 0));
     EXPECT_EQ(model.previewTarget(), std::nullopt);
-    QTest::mouseRelease(canvas, Qt::LeftButton, {}, grab + QPoint(40, 0));
+    releaseAt(canvas, grab + QPointF(40, 0));
     EXPECT_TRUE(model.undoStack().empty());
     EXPECT_FALSE(fs::exists(session.review()));
 
@@ -88,29 +77,29 @@ TEST_F(CanvasTest, ADragWhoseTargetTurnsStaleIsDroppedAndItsCanvasRetired) {
     ASSERT_TRUE(canvas);
     ASSERT_NE(shown->canvas(), canvas.data());
     model.setSelected("nose");
-    QTest::mouseClick(canvas, Qt::LeftButton, {}, grab);
+    dragThrough(canvas, {grab});
     EXPECT_EQ(model.selected(), "nose");
-    QTest::mouseClick(shown->canvas(), Qt::LeftButton, {}, grab);
+    dragThrough(shown->canvas(), {grab});
     EXPECT_EQ(model.selected(), "right_knee");
 }
 
-TEST_F(CanvasTest, PlacingPutsTheSelectedJointWhereClickedEvenOnAnotherMarker) {
+TEST_F(CanvasTest, PlacingArrowsAndEscapeWorkOnTheSelectedJoint) {
     auto shown = showFrame(alex3);
     JointCanvasView* canvas = shown->canvas();
+    // Placing puts the selected joint where clicked, even on another joint's marker.
     model.setSelected("left_ankle");
     model.setPlacing(true);
     const QPointF onKnee = jointOn(*canvas, "right_knee") + QPointF(0.25, 0.5);
-    pressAt(canvas, onKnee);
-    releaseAt(canvas, onKnee);
+    dragThrough(canvas, {onKnee});
     EXPECT_EQ(model.selected(), "left_ankle");
     EXPECT_EQ(editOf(alex3, "left_ankle"),
               (dravik::JointEdit{JointReviewState::corrected, sourceOf(*canvas, onKnee)}));
     EXPECT_FALSE(model.placing());
-}
+    model.setPlacing(true);
+    QTest::keyClick(canvas, Qt::Key_Escape);
+    EXPECT_FALSE(model.placing());
 
-TEST_F(CanvasTest, ArrowsNudgeBySourcePixelsAndEscapeStopsPlacingAndDrags) {
-    auto shown = showFrame(alex3);
-    JointCanvasView* canvas = shown->canvas();
+    // Arrows move by source pixels, ten with Shift; other keys are not the canvas's.
     model.setSelected("right_knee");
     const Point2 start = displayed(alex3, "right_knee");
     QTest::keyClick(canvas, Qt::Key_Left);
@@ -118,21 +107,19 @@ TEST_F(CanvasTest, ArrowsNudgeBySourcePixelsAndEscapeStopsPlacingAndDrags) {
     QTest::keyClick(canvas, Qt::Key_Down, Qt::ShiftModifier);
     QTest::keyClick(canvas, Qt::Key_Up);
     QTest::keyClick(canvas, Qt::Key_Right, Qt::ShiftModifier);
-    QTest::keyClick(canvas, Qt::Key_A); // not the canvas's
+    QTest::keyClick(canvas, Qt::Key_A);
     EXPECT_EQ(displayed(alex3, "right_knee"), (Point2{start.x + 9, start.y + 9}));
-    EXPECT_EQ(model.undoStack().size(), 4u);
+    EXPECT_EQ(model.undoStack().size(), 5u);
 
-    model.setPlacing(true);
-    QTest::keyClick(canvas, Qt::Key_Escape);
-    EXPECT_FALSE(model.placing());
-    const QPoint grab = jointOn(*canvas, "right_knee").toPoint();
-    QTest::mousePress(canvas, Qt::LeftButton, {}, grab);
-    QTest::mouseMove(canvas, grab + QPoint(30, 30));
+    // Escape drops a drag in progress; its release saves nothing.
+    const QPointF grab = jointOn(*canvas, "right_knee");
+    pressAt(canvas, grab);
+    moveTo(canvas, grab + QPointF(30, 30));
     QTest::keyClick(canvas, Qt::Key_Escape);
     EXPECT_EQ(model.previewTarget(), std::nullopt);
-    QTest::mouseMove(canvas, grab + QPoint(35, 30));
-    QTest::mouseRelease(canvas, Qt::LeftButton, {}, grab + QPoint(35, 30));
-    EXPECT_EQ(model.undoStack().size(), 4u);
+    moveTo(canvas, grab + QPointF(35, 30));
+    releaseAt(canvas, grab + QPointF(35, 30));
+    EXPECT_EQ(model.undoStack().size(), 5u);
 }
 
 } // namespace

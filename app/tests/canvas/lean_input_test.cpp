@@ -8,7 +8,7 @@ namespace {
 using dravik::LeanHandle;
 using dravik::Point2;
 
-TEST_F(CanvasTest, TwoClicksPlaceALineAheadOfHandleDrags) {
+TEST_F(CanvasTest, TwoClicksPlaceALineAheadOfHandleDragsAndArrowsMoveTheHandle) {
     openWithCompanions();
     model.setSelectedLeanHandle(LeanHandle::referenceB);
     model.beginLeanPlacement(false);
@@ -18,16 +18,24 @@ TEST_F(CanvasTest, TwoClicksPlaceALineAheadOfHandleDrags) {
     // On top of a proposed handle: the placement still wins.
     const QPointF first = viewOf(*canvas, model.lean(alex3)->wheel->a) + QPointF(2.5, 0);
     const QPointF second = first + QPointF(60.5, -200.25);
-    pressAt(canvas, first);
-    releaseAt(canvas, first);
+    dragThrough(canvas, {first});
     EXPECT_EQ(model.leanPlacementStart(), sourceOf(*canvas, first));
     EXPECT_EQ(model.selectedLeanHandle(), LeanHandle::referenceB);
-    pressAt(canvas, second);
-    releaseAt(canvas, second);
+    dragThrough(canvas, {second});
     ASSERT_NE(model.document()->leanAnnotation(alex3), nullptr);
     EXPECT_EQ(model.document()->leanAnnotation(alex3)->wheel,
               (dravik::LeanLine{sourceOf(*canvas, first), sourceOf(*canvas, second), 3.0}));
     EXPECT_EQ(model.undoStack().size(), 1u);
+
+    // Arrows move the selected handle, not a joint; Escape ends a placement.
+    const Point2 start = model.lean(alex3)->reference->b;
+    QTest::keyClick(canvas, Qt::Key_Right, Qt::ShiftModifier);
+    QTest::keyClick(canvas, Qt::Key_Up);
+    EXPECT_EQ(model.lean(alex3)->reference->b, (Point2{start.x + 10, start.y - 1}));
+    EXPECT_TRUE(frameOf(alex3).edits.empty());
+    model.beginLeanPlacement(true);
+    QTest::keyClick(canvas, Qt::Key_Escape);
+    EXPECT_EQ(model.leanPlacement(), std::nullopt);
 }
 
 TEST_F(CanvasTest, APlacementIsNotFinishedOnAnotherFrame) {
@@ -52,9 +60,7 @@ TEST_F(CanvasTest, AHandleDragReaches18PointsAndCommitsOnRelease) {
     const QPointF handle = viewOf(*canvas, proposal.wheel->b);
 
     const QPointF outside = handle + QPointF(0, 18.1);
-    pressAt(canvas, outside);
-    moveTo(canvas, outside + QPointF(10, 0));
-    releaseAt(canvas, outside + QPointF(10, 0));
+    dragThrough(canvas, {outside, outside + QPointF(10, 0)});
     EXPECT_EQ(model.selectedLeanHandle(), LeanHandle::referenceA);
     EXPECT_EQ(model.leanPreviewTarget(), std::nullopt);
 
@@ -67,33 +73,16 @@ TEST_F(CanvasTest, AHandleDragReaches18PointsAndCommitsOnRelease) {
     EXPECT_EQ(model.document()->leanAnnotation(alex3), nullptr);
     releaseAt(canvas, edge + QPointF(30, 20));
 
-    dravik::LeanAnnotation expected = proposal;
-    const Point2 b = proposal.wheel->b;
-    expected.move(LeanHandle::wheelB, {b.x + 30 / canvas->scale(), b.y + 20 / canvas->scale()});
+    // Only the grabbed endpoint moved, with the mouse.
     const dravik::LeanAnnotation* stored = model.document()->leanAnnotation(alex3);
     ASSERT_NE(stored, nullptr);
-    EXPECT_NEAR(stored->wheel->b.x, expected.wheel->b.x, 1e-9);
-    EXPECT_NEAR(stored->wheel->b.y, expected.wheel->b.y, 1e-9);
-    expected.wheel->b = stored->wheel->b;
+    EXPECT_NEAR(stored->wheel->b.x, proposal.wheel->b.x + 30 / canvas->scale(), 1e-9);
+    EXPECT_NEAR(stored->wheel->b.y, proposal.wheel->b.y + 20 / canvas->scale(), 1e-9);
+    dravik::LeanAnnotation expected = proposal;
+    expected.move(LeanHandle::wheelB, stored->wheel->b);
     EXPECT_EQ(*stored, expected);
     EXPECT_EQ(model.undoStack().size(), 1u);
     EXPECT_EQ(model.leanPreviewTarget(), std::nullopt);
-}
-
-TEST_F(CanvasTest, InLeanModeArrowsMoveTheHandleAndEscapeEndsThePlacement) {
-    openWithCompanions();
-    model.setSelectedLeanHandle(LeanHandle::referenceB);
-    auto shown = showFrame(alex3);
-    const Point2 start = model.lean(alex3)->reference->b;
-    QTest::keyClick(shown->canvas(), Qt::Key_Right, Qt::ShiftModifier);
-    QTest::keyClick(shown->canvas(), Qt::Key_Up);
-    EXPECT_EQ(model.document()->leanAnnotation(alex3)->reference->b,
-              (Point2{start.x + 10, start.y - 1}));
-    EXPECT_TRUE(frameOf(alex3).edits.empty());
-
-    model.beginLeanPlacement(true);
-    QTest::keyClick(shown->canvas(), Qt::Key_Escape);
-    EXPECT_EQ(model.leanPlacement(), std::nullopt);
 }
 
 } // namespace

@@ -6,15 +6,13 @@
 //   attention   write a valid answer, exit 2
 //   no-result   exit 0 without writing anything
 //   fail        a sentence on stderr, exit 1
-//   garbage     write text that is not JSON, exit 0
 //   crash       die by SIGABRT
 //   sleep       sleep FAKE_BATCH_SLEEP_MS (default 30000), then answer as "result"
-//   ignore-term ignore SIGTERM, then sleep 30 s
-//   grandchild  start a grandchild that ignores SIGTERM and writes "<pid> <group>" to
-//               FAKE_BATCH_PID_FILE, then both sleep 30 s
+//   ignore-term ignore SIGTERM and sleep 30 s; with FAKE_BATCH_PID_FILE, start a grandchild
+//               that does the same after writing "<pid> <group>" there
 //   flood       a MiB each on stdout and stderr, then answer as "result"
 //
-// FAKE_BATCH_FAIL_MATCH: "feasibility" of a manifest whose path holds this text fails (exit 1).
+// FAKE_BATCH_FAIL_MATCH: "feasibility" of a manifest whose path holds this text fails as "fail".
 // FAKE_BATCH_ARGS_FILE: every run appends its arguments there, one line, tab-separated.
 
 #include "dravik/atomic_file.h"
@@ -77,14 +75,6 @@ void writeResults(const std::string& manifestFile, const std::string& outputFile
     dravik::writeFileAtomically(outputFile, results.encode());
 }
 
-void answer(const std::string& command, const std::string& input, const std::string& output,
-            const std::string& mode) {
-    if (command == "redetect")
-        writeRetry(input, output, mode != "unusable");
-    else
-        writeResults(input, output);
-}
-
 } // namespace
 
 int main(int argc, char** argv) {
@@ -100,69 +90,46 @@ int main(int argc, char** argv) {
     std::cout << "fake dravik-batch " << command << " in mode " << mode << std::endl;
 
     try {
-        if (command == "feasibility" && !environment("FAKE_BATCH_FAIL_MATCH").empty() &&
-            input.find(environment("FAKE_BATCH_FAIL_MATCH")) != std::string::npos) {
-            std::cerr << "The folder could not be analysed." << std::endl;
-            return 1;
-        }
-        if (mode == "result" || mode == "unusable") {
-            answer(command, input, output, mode);
-            return 0;
-        }
-        if (mode == "attention") {
-            answer(command, input, output, mode);
-            std::cerr << "Some photos need attention." << std::endl;
-            return 2;
-        }
-        if (mode == "no-result")
-            return 0;
-        if (mode == "fail") {
+        const std::string failMatch = environment("FAKE_BATCH_FAIL_MATCH");
+        if (mode == "fail" || (command == "feasibility" && !failMatch.empty() &&
+                               input.find(failMatch) != std::string::npos)) {
             std::cerr << "The photo could not be read." << std::endl;
             return 1;
         }
-        if (mode == "garbage") {
-            std::ofstream(output) << "{ this is not json";
-            return 0;
-        }
         if (mode == "crash")
             std::abort();
-        if (mode == "sleep") {
-            sleepMilliseconds(std::stol(environment("FAKE_BATCH_SLEEP_MS", "30000")));
-            answer(command, input, output, mode);
+        if (mode == "no-result")
             return 0;
-        }
         if (mode == "ignore-term") {
             std::signal(SIGTERM, SIG_IGN);
+            if (const std::string pidFile = environment("FAKE_BATCH_PID_FILE");
+                !pidFile.empty() && ::fork() == 0)
+                std::ofstream(pidFile) << ::getpid() << ' ' << ::getpgrp() << std::endl;
             sleepMilliseconds(30000);
             return 0;
         }
-        if (mode == "grandchild") {
-            const pid_t child = ::fork();
-            if (child == 0) {
-                std::signal(SIGTERM, SIG_IGN);
-                std::ofstream(environment("FAKE_BATCH_PID_FILE"))
-                    << ::getpid() << ' ' << ::getpgrp() << std::endl;
-                sleepMilliseconds(30000);
-                return 0;
-            }
-            sleepMilliseconds(30000);
-            return 0;
-        }
+        if (mode == "sleep")
+            sleepMilliseconds(std::stol(environment("FAKE_BATCH_SLEEP_MS", "30000")));
         if (mode == "flood") {
             const std::string line(1023, 'o');
             for (int i = 0; i < 1024; ++i) {
                 std::cout << line << '\n';
-                std::cerr << "e" << line.substr(1) << '\n';
+                std::cerr << line << '\n';
             }
             std::cout << "end of stdout" << std::endl;
             std::cerr << "end of stderr" << std::endl;
-            answer(command, input, output, mode);
-            return 0;
         }
+        if (command == "redetect")
+            writeRetry(input, output, mode != "unusable");
+        else
+            writeResults(input, output);
+        if (mode == "attention") {
+            std::cerr << "Some photos need attention." << std::endl;
+            return 2;
+        }
+        return 0;
     } catch (const std::exception& failure) {
         std::cerr << failure.what() << std::endl;
         return 1;
     }
-    std::cerr << "Unknown FAKE_BATCH_MODE " << mode << "." << std::endl;
-    return 64;
 }

@@ -25,25 +25,10 @@ fs::path generated(const std::string& name, const samplegen::Options& options) {
     return folder;
 }
 
-samplegen::Options bundledOptions() {
+fs::path bundled() {
     samplegen::Options options;
     options.bundled = true;
-    return options;
-}
-
-bool isCompanion(const fs::path& file) {
-    static const std::set<std::string> names{"lean-proposals.json", "photo-framing.json",
-                                             "single-photo-coaching.json",
-                                             "coaching-checklist.json"};
-    return names.contains(file.filename().string());
-}
-
-SessionFiles copied(const fs::path& source, const fs::path& folder, bool companions) {
-    fs::create_directories(folder);
-    for (const fs::directory_entry& entry : fs::directory_iterator(source))
-        if (companions || !isCompanion(entry.path()))
-            fs::copy_file(entry.path(), folder / entry.path().filename());
-    return {folder, folder / "session.json", folder / "results.json"};
+    return generated("bundled", options);
 }
 
 } // namespace
@@ -81,12 +66,19 @@ dravik::ReviewDocument SessionFiles::saved() const {
 }
 
 SessionFiles bundledSession(const fs::path& folder, bool companions) {
-    return copied(generated("bundled", bundledOptions()), folder, companions);
+    static const std::set<std::string> companionFiles{"lean-proposals.json", "photo-framing.json",
+                                                      "single-photo-coaching.json",
+                                                      "coaching-checklist.json"};
+    fs::create_directories(folder);
+    for (const fs::directory_entry& entry : fs::directory_iterator(bundled()))
+        if (companions || !companionFiles.contains(entry.path().filename().string()))
+            fs::copy_file(entry.path(), folder / entry.path().filename());
+    return {folder, folder / "session.json", folder / "results.json"};
 }
 
 void regenerateSessions() {
     fs::remove_all(TESSARY_APP_TEST_SESSIONS);
-    generated("bundled", bundledOptions());
+    bundled();
 }
 
 ModelTest::ModelTest()

@@ -2,7 +2,7 @@
 #include "shell/review_menus.h"
 #include "shell/review_toolbar.h"
 #include "shell/reviewer_view.h"
-#include "shell_fixture.h"
+#include "views_fixture.h"
 
 #include <QAction>
 #include <QMessageBox>
@@ -10,64 +10,49 @@
 
 namespace tessary::test {
 
-namespace {
-
-std::string text(const QString& value) {
-    return value.toStdString();
-}
-
-} // namespace
-
-TEST_F(ShellTest, WindowIsTitledAndNeverSmallerThanItsMinimum) {
+TEST_F(ShellTest, TheWindowKeepsItsMinimumAndCtrlOOpensBothChosenFiles) {
     EXPECT_EQ(text(window.windowTitle()), "Joint Review");
     window.resize(600, 400);
     QApplication::processEvents();
     EXPECT_GE(window.view()->width(), 1000);
     EXPECT_GE(window.view()->height(), 650);
-}
 
-TEST_F(ShellTest, OpenSessionCommandAsksForBothFilesAndOpensThem) {
     const SessionFiles session = bundledSession(temp.path() / "chosen");
     chooser->answers = {session.manifest, session.results};
     QTest::keyClick(&window, Qt::Key_O, Qt::ControlModifier);
     ASSERT_NE(model.document(), nullptr);
-    EXPECT_EQ(chooser->captions.size(), 2u);
     EXPECT_EQ(model.document()->identity(), session.raw().identity());
 }
 
-TEST_F(ShellTest, UndoIsDisabledUntilThereIsAnEditAndCtrlZThenUndoesIt) {
+TEST_F(ShellTest, UndoIsEnabledOnlyWithAnEditAndCtrlZUndoesIt) {
     openInJointMode();
     QAction* menuUndo = window.menus()->undoReviewEdit();
     QPushButton* toolbarUndo = window.view()->toolbar()->undoButton();
-    EXPECT_FALSE(menuUndo->isEnabled());
-    EXPECT_FALSE(toolbarUndo->isEnabled());
-
-    const auto revision = model.document()->revision();
+    auto expectUndoable = [&](bool undoable) {
+        EXPECT_EQ(menuUndo->isEnabled(), undoable);
+        EXPECT_EQ(toolbarUndo->isEnabled(), undoable);
+    };
+    expectUndoable(false);
     const std::string message = model.message();
     QTest::keyClick(&window, Qt::Key_Z, Qt::ControlModifier);
-    EXPECT_EQ(model.document()->revision(), revision);
+    EXPECT_EQ(model.document()->revision(), 0);
     EXPECT_EQ(model.message(), message);
 
     model.setSelected("nose");
     model.setState(dravik::JointReviewState::uncertain);
-    ASSERT_TRUE(editOf(*model.activeFrameID(), "nose"));
-    EXPECT_TRUE(menuUndo->isEnabled());
-    EXPECT_TRUE(toolbarUndo->isEnabled());
-
+    ASSERT_TRUE(editOf(alex3, "nose"));
+    expectUndoable(true);
     QTest::keyClick(&window, Qt::Key_Z, Qt::ControlModifier);
-    EXPECT_FALSE(editOf(*model.activeFrameID(), "nose"));
-    EXPECT_FALSE(menuUndo->isEnabled());
-    EXPECT_FALSE(toolbarUndo->isEnabled());
+    EXPECT_FALSE(editOf(alex3, "nose"));
+    expectUndoable(false);
 }
 
-// Each way of dismissing the alert clears the error it showed.
-TEST_F(ShellTest, AlertShowsTheErrorAndAnyDismissalClearsIt) {
-    const std::vector<std::function<void(QMessageBox*)>> dismissals = {
+TEST_F(ShellTest, TheAlertShowsTheErrorAndEveryDismissalClearsIt) {
+    const std::function<void(QMessageBox*)> dismissals[] = {
         [](QMessageBox* box) {
-            QList<QAbstractButton*> buttons = box->buttons();
-            ASSERT_EQ(buttons.size(), 1);
-            EXPECT_EQ(text(buttons.front()->text()), "OK");
-            QTest::mouseClick(buttons.front(), Qt::LeftButton);
+            ASSERT_EQ(box->buttons().size(), 1);
+            EXPECT_EQ(text(box->buttons().front()->text()), "OK");
+            QTest::mouseClick(box->buttons().front(), Qt::LeftButton);
         },
         [](QMessageBox* box) { QTest::keyClick(box, Qt::Key_Escape); },
         [](QMessageBox* box) { box->close(); },
