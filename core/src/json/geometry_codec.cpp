@@ -41,11 +41,20 @@ Json write(const ImageSize& size) {
     return Json{{"width", size.width}, {"height", size.height}};
 }
 
-void requireInside(const Node& node, const PixelRect& rect, const ImageSize& size) {
-    PixelRect image{0, 0, static_cast<double>(size.width), static_cast<double>(size.height)};
+PixelRect readRectInside(const Node& node, const ImageSize& size) {
+    const PixelRect rect = readRect(node);
+    const PixelRect image{0, 0, static_cast<double>(size.width), static_cast<double>(size.height)};
     if (!image.contains(rect))
         node.fail("must lie inside the " + std::to_string(size.width) + " × " +
                   std::to_string(size.height) + " photo");
+    return rect;
+}
+
+std::string readRole(const Node& node) {
+    std::string role = node.string();
+    if (role != "subject" && role != "reference")
+        node.fail("must be \"subject\" or \"reference\"");
+    return role;
 }
 
 bool isContentHash(std::string_view text) {

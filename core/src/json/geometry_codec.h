@@ -20,8 +20,10 @@ Json write(const PixelRect& rect);
 ImageSize readImageSize(const Node& node);
 Json write(const ImageSize& size);
 
-// Fails unless `rect` lies inside an image of `size` (node is where the rectangle was read).
-void requireInside(const Node& node, const PixelRect& rect, const ImageSize& size);
+// A rectangle that must lie inside an image of `size`, such as a photo's panel or crop.
+PixelRect readRectInside(const Node& node, const ImageSize& size);
+// "subject" or "reference".
+std::string readRole(const Node& node);
 
 // "sha256:" + 64 lower-case hex digits.
 bool isContentHash(std::string_view text);

@@ -61,6 +61,14 @@ std::string fileLabel(const std::filesystem::path& file) {
     return name.empty() ? file.string() : name;
 }
 
+std::string clause(std::string sentence) {
+    if (!sentence.empty() && sentence.back() == '.')
+        sentence.pop_back();
+    if (!sentence.empty() && sentence.front() >= 'A' && sentence.front() <= 'Z')
+        sentence.front() = static_cast<char>(sentence.front() - 'A' + 'a');
+    return sentence;
+}
+
 std::string quoted(std::string_view label) {
     return "“" + std::string(label) + "”";
 }

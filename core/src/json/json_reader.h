@@ -33,6 +33,9 @@ std::string fileLabel(const std::filesystem::path& file);
 // “label” between typographic quotes. Call it qualified: unqualified, ADL prefers std::quoted.
 std::string quoted(std::string_view label);
 
+// Another sentence quoted after a colon: lower-case first letter, no final stop.
+std::string clause(std::string sentence);
+
 // The whole file; refuses files larger than maxFileBytes. Messages name source.label.
 std::string readFile(const std::filesystem::path& file, const Source& source);
 

@@ -23,20 +23,13 @@ std::string readID(const json::Node& node) {
 RiderInput readRider(const json::Node& node) {
     RiderInput rider;
     rider.id = readID(node["id"]);
-    json::Node role = node["role"];
-    rider.role = role.string();
-    if (rider.role != "subject" && rider.role != "reference")
-        role.fail("must be \"subject\" or \"reference\"");
+    rider.role = json::readRole(node["role"]);
     rider.displayName = node["displayName"].string();
     rider.file = node["file"].nonEmptyString();
     rider.sourceHash = json::readContentHash(node["sourceHash"]);
     rider.imageSize = json::readImageSize(node["imageSize"]);
-    json::Node panel = node["panel"];
-    rider.panel = json::readRect(panel);
-    json::requireInside(panel, rider.panel, rider.imageSize);
-    json::Node crop = node["crop"];
-    rider.crop = json::readRect(crop);
-    json::requireInside(crop, rider.crop, rider.imageSize);
+    rider.panel = json::readRectInside(node["panel"], rider.imageSize);
+    rider.crop = json::readRectInside(node["crop"], rider.imageSize);
     return rider;
 }
 

@@ -45,21 +45,14 @@ ReviewFrame readFrame(const json::Node& node) {
     ReviewFrame frame;
     json::Node id = node["id"];
     frame.id = id.nonEmptyString();
-    json::Node role = node["role"];
-    frame.role = role.string();
-    if (frame.role != "subject" && frame.role != "reference")
-        role.fail("must be \"subject\" or \"reference\"");
+    frame.role = json::readRole(node["role"]);
     frame.riderDisplayName = node["riderDisplayName"].string();
     frame.name = node["name"].string();
     frame.file = node["file"].nonEmptyString();
     frame.sourceHash = json::readContentHash(node["sourceHash"]);
     frame.imageSize = json::readImageSize(node["imageSize"]);
-    json::Node panel = node["panel"];
-    frame.panel = json::readRect(panel);
-    json::requireInside(panel, frame.panel, frame.imageSize);
-    json::Node crop = node["crop"];
-    frame.crop = json::readRect(crop);
-    json::requireInside(crop, frame.crop, frame.imageSize);
+    frame.panel = json::readRectInside(node["panel"], frame.imageSize);
+    frame.crop = json::readRectInside(node["crop"], frame.imageSize);
     frame.pairID = node["pairID"].nonEmptyString();
     frame.riderID = node["riderID"].nonEmptyString();
     if (frame.id != frame.pairID + "/" + frame.riderID)
@@ -78,15 +71,6 @@ struct Annotations {
     std::map<std::string, LeanPairContext> leanContexts;
     std::map<std::string, PairPhotoAssessment> assessments;
 };
-
-// Lower-case first letter and no final stop, to quote another sentence after a colon.
-std::string clause(std::string sentence) {
-    if (!sentence.empty() && sentence.back() == '.')
-        sentence.pop_back();
-    if (!sentence.empty() && sentence.front() >= 'A' && sentence.front() <= 'Z')
-        sentence.front() = static_cast<char>(sentence.front() - 'A' + 'a');
-    return sentence;
-}
 
 // Members of an optional object keyed by pair id; reviews saved before these keys existed lack
 // them.
@@ -119,7 +103,7 @@ Annotations readAnnotations(const json::Node& root, const std::vector<ReviewFram
             try {
                 annotation.validate(*frame);
             } catch (const DravikError& error) {
-                node.fail("does not fit its frame: " + clause(error.what()));
+                node.fail("does not fit its frame: " + json::clause(error.what()));
             }
             out.lean.emplace(frameID, std::move(annotation));
         }

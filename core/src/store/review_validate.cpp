@@ -24,15 +24,6 @@ const char* firstDifference(const ReviewFrame& saved, const ReviewFrame& raw) {
     return nullptr;
 }
 
-// Lower-case first letter and no final stop, to quote another sentence after a colon.
-std::string clause(std::string sentence) {
-    if (!sentence.empty() && sentence.back() == '.')
-        sentence.pop_back();
-    if (!sentence.empty() && sentence.front() >= 'A' && sentence.front() <= 'Z')
-        sentence.front() = static_cast<char>(sentence.front() - 'A' + 'a');
-    return sentence;
-}
-
 std::string savedLabel(const ReviewDocument& saved) {
     try {
         return json::quoted(ReviewStore::reviewFileName(saved));
@@ -71,7 +62,7 @@ void ReviewStore::validate(const ReviewDocument& saved, const ReviewDocument& ra
             annotation.validate(*frame);
         } catch (const DravikError& error) {
             throw DravikError(label + " holds lean lines that the session’s frame “" + frameID +
-                              "” cannot take: " + clause(error.what()) + ".");
+                              "” cannot take: " + json::clause(error.what()) + ".");
         }
     }
     std::set<std::string> pairs;
