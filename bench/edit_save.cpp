@@ -125,8 +125,11 @@ int main(int argc, char** argv) {
         const auto snapshot = model.makeSnapshot(pairID, copy);
         const auto pairs = dravik::PairReview::resolve(copy->frames());
         modelWork.push_back(millisecondsSince(start));
-        if (!snapshot.report || pairs.size() != frames)
+        // Every photo of this session is a rider alone: a pair of its own, with no report.
+        if (snapshot.report || pairs.size() != frames) {
+            std::fprintf(stderr, "the snapshot of photo %zu is not the expected one\n", index);
             return 1;
+        }
     }
 
     // The durable write alone, for comparison.
@@ -146,8 +149,10 @@ int main(int argc, char** argv) {
         start = Clock::now();
         const std::string text = dravik::ReviewStore::encode(document);
         encodes.push_back(millisecondsSince(start));
-        if (text.empty())
+        if (text.empty()) {
+            std::fprintf(stderr, "encoding the review gave nothing\n");
             return 1;
+        }
     }
 
     // Saving reads the file on disk back to learn its revision.
@@ -157,8 +162,10 @@ int main(int argc, char** argv) {
         start = Clock::now();
         const auto decoded = dravik::ReviewStore::decode(text, review.filename().string());
         decodes.push_back(millisecondsSince(start));
-        if (decoded.revision() != document.revision())
+        if (decoded.revision() != document.revision()) {
+            std::fprintf(stderr, "the review read back has another revision\n");
             return 1;
+        }
     }
 
     std::printf("session: %zu photos of %.1f MP in %s\n", frames, options.megapixels,
