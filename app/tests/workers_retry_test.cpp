@@ -105,6 +105,7 @@ TEST_F(RetryTest, EveryFailureOfTheProgramLeavesTheDocumentAndKeepsTheDiagnostic
         {"crash", failed},
         {"attention", failed}, // only "feasibility" may end with status 2
         {"no-result", "\u201cresult.json\u201d"},
+        {"garbage", "\u201cresult.json\u201d"},
         {"ignore-term", "Detection timed out. Your corrections are preserved."},
         {"missing", "The batch program \u201cdravik-batch\u201d could not be started: "},
     };

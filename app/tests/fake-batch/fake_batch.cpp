@@ -5,6 +5,7 @@
 //   unusable    redetect: an answer whose two passes both found no single rider, exit 0
 //   attention   write a valid answer, exit 2
 //   no-result   exit 0 without writing anything
+//   garbage     write a truncated JSON answer, exit 0
 //   fail        a sentence on stderr, exit 1
 //   crash       die by SIGABRT
 //   sleep       sleep FAKE_BATCH_SLEEP_MS (default 30000), then answer as "result"
@@ -100,6 +101,10 @@ int main(int argc, char** argv) {
             std::abort();
         if (mode == "no-result")
             return 0;
+        if (mode == "garbage") {
+            std::ofstream(output) << "{\"format\": \"dravik-detection-retry\", \"vers";
+            return 0;
+        }
         if (mode == "ignore-term") {
             std::signal(SIGTERM, SIG_IGN);
             if (const std::string pidFile = environment("FAKE_BATCH_PID_FILE");
