@@ -6,6 +6,8 @@
 #include <QFontDatabase>
 #include <QPainter>
 #include <QPainterPath>
+#include <QWidget>
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 
@@ -31,9 +33,21 @@ QFont tagFont(int pixels, bool bold) {
 void drawTag(QPainter& painter, const QPointF& anchor, const QString& text, const QColor& colour,
              const QFont& font) {
     painter.setFont(font);
-    const QRectF bounds = painter.boundingRect(QRectF(anchor, QSizeF(1000, 1000)),
-                                               Qt::AlignLeft | Qt::AlignTop, text);
-    const QRectF plate = bounds.adjusted(-tagPadding, -tagPadding, tagPadding, tagPadding);
+    QRectF bounds = painter.boundingRect(QRectF(anchor, QSizeF(1000, 1000)),
+                                         Qt::AlignLeft | Qt::AlignTop, text);
+    QRectF plate = bounds.adjusted(-tagPadding, -tagPadding, tagPadding, tagPadding);
+    // Kept in sight: a line near the edge of the photo or of the scrolled view would otherwise
+    // push its text out of it.
+    if (const QPaintDevice* device = painter.device()) {
+        QRectF shown(0, 0, device->width(), device->height());
+        if (const auto* widget = dynamic_cast<const QWidget*>(device))
+            shown = widget->visibleRegion().boundingRect();
+        const QPointF shift(
+            std::max(shown.left() - plate.left(), std::min(0.0, shown.right() - plate.right())),
+            std::max(shown.top() - plate.top(), std::min(0.0, shown.bottom() - plate.bottom())));
+        bounds.translate(shift);
+        plate.translate(shift);
+    }
     painter.setPen(Qt::NoPen);
     painter.setBrush(palette::withAlpha(palette::black, 0.6));
     painter.drawRoundedRect(plate, 4, 4);

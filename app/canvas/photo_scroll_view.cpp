@@ -155,6 +155,8 @@ void PhotoScrollView::showEvent(QShowEvent* event) {
 
 void PhotoScrollView::scrollContentsBy(int, int) {
     placeDocument();
+    // Lean labels are kept inside the visible part, so moving it moves them: repaint, not blit.
+    canvas_->update();
     rememberCenter();
 }
 
