@@ -3,7 +3,10 @@
 #include "dravik/lean.h"
 #include "dravik/review.h"
 
+#include <QColor>
+#include <QFont>
 #include <QPointF>
+#include <QString>
 #include <optional>
 #include <string>
 
@@ -25,7 +28,14 @@ inline QPointF viewPoint(const dravik::Point2& source, const dravik::PixelRect& 
     return {p.x, p.y};
 }
 
-// Raw comparison points, bones, joint markers and their numbers.
+QFont tagFont(int pixels, bool bold);
+
+// Text on a dark plate, so it reads on any photo; `anchor` is the plate's top-left corner.
+void drawTag(QPainter& painter, const QPointF& anchor, const QString& text, const QColor& colour,
+             const QFont& font);
+
+// Raw comparison points, bones, joint markers and their numbers, and while `preview` is set a
+// notice that the drag is not saved yet.
 void drawSkeleton(QPainter& painter, const ReviewerModel& model, const dravik::ReviewFrame& frame,
                   double scale, const std::optional<JointPreview>& preview);
 

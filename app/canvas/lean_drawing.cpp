@@ -22,6 +22,8 @@ constexpr double rayLength = 30.0;
 constexpr double indicatorWidth = 2.0;
 constexpr double tagPadding = 3.0;
 
+} // namespace
+
 QFont tagFont(int pixels, bool bold) {
     QFont font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
     font.setPixelSize(pixels);
@@ -29,7 +31,6 @@ QFont tagFont(int pixels, bool bold) {
     return font;
 }
 
-// Text on a dark plate, so it reads on any photo; `anchor` is the plate's top-left corner.
 void drawTag(QPainter& painter, const QPointF& anchor, const QString& text, const QColor& colour,
              const QFont& font) {
     painter.setFont(font);
@@ -55,6 +56,8 @@ void drawTag(QPainter& painter, const QPointF& anchor, const QString& text, cons
     painter.setBrush(Qt::NoBrush);
     painter.drawText(bounds, Qt::AlignLeft | Qt::AlignTop, text);
 }
+
+namespace {
 
 QPointF midpoint(const QPointF& a, const QPointF& b) {
     return (a + b) / 2;

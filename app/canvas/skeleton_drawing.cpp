@@ -113,6 +113,10 @@ void drawSkeleton(QPainter& painter, const ReviewerModel& model, const dravik::R
             centre - QPointF(number.size().width() / 2, number.size().height() / 2), number);
     }
     painter.setBrush(Qt::NoBrush);
+    // Nothing is saved until the button comes up; the dragged joint says so.
+    if (preview)
+        drawTag(painter, viewPoint(preview->point, panel, scale) + QPointF(12, 8),
+                QStringLiteral("Preview · release to save"), palette::white, tagFont(11, false));
 }
 
 } // namespace tessary

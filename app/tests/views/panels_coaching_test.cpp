@@ -112,6 +112,17 @@ TEST_F(CoachingPanelTest, SinglePhotoFeedbackShowsThePhotosRecordOrSaysThereIsNo
     // Another photo has its own record, here none.
     model.selectFrame(indexOf(alex3));
     EXPECT_FALSE(showsText(view, u"• Head turned towards the exit."_s));
+
+    // Files that no longer load are named in the panels, not passed off as never written.
+    writeText(session.folder / "single-photo-coaching.json", "{\"format\": 1}");
+    writeText(session.folder / "coaching-checklist.json", "[]");
+    model.load(session.manifest, session.results);
+    model.selectFrame(indexOf(alex5));
+    EXPECT_TRUE(showsText(view, u"Saved photo notes could not be loaded or did not match this "
+                                u"session. Coaching is withheld until the notes are corrected."_s));
+    EXPECT_TRUE(showsText(view, u"Saved checklist findings do not match this session or catalog. "
+                                u"Topics need review again."_s));
+    EXPECT_FALSE(showsText(view, none));
 }
 
 } // namespace tessary::test

@@ -29,10 +29,12 @@ CoachingChecklistView::CoachingChecklistView(ReviewerModel& model, QWidget* pare
     conflict_ = warningLabel(u"Saved findings use a different turn direction. Restore the photo "
                              u"direction or reassess this checklist."_s,
                              this);
+    loadError_ = warningLabel({}, this);
     assessed_ = new QVBoxLayout;
     allTopics_ = new CollapsibleSection(u"All topics and practice cues"_s, this);
     layout->addWidget(heading_);
     layout->addWidget(conflict_);
+    layout->addWidget(loadError_);
     layout->addLayout(assessed_);
     layout->addWidget(allTopics_);
 
@@ -54,6 +56,9 @@ void CoachingChecklistView::refresh() {
     heading_->setText(u"Whole-body review · "_s + QString::number(assessed.size()) + u" of "_s +
                       QString::number(items.size()) + u" topics assessed"_s);
     conflict_->setVisible(model_.checklistDirectionConflict());
+    const auto& failure = model_.coachingChecklistError();
+    loadError_->setVisible(failure.has_value());
+    loadError_->setText(QString::fromStdString(failure.value_or(std::string())));
 
     clearLayout(assessed_);
     if (assessed.empty())

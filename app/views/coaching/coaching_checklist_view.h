@@ -23,6 +23,7 @@ class CoachingChecklistView : public QWidget {
     ReviewerModel& model_;
     QLabel* heading_;
     QLabel* conflict_;
+    QLabel* loadError_;
     QVBoxLayout* assessed_;
     CollapsibleSection* allTopics_;
 };

@@ -19,6 +19,8 @@ SinglePhotoFeedbackView::SinglePhotoFeedbackView(ReviewerModel& model, QWidget* 
     layout->addWidget(headingLabel(u"Provisional coaching"_s, this));
     layout->addWidget(secondaryLabel(u"Single-photo assessment · no reference rider"_s, this));
     layout->addWidget(new CoachingChecklistView(model_, this));
+    loadError_ = warningLabel({}, this);
+    layout->addWidget(loadError_);
     note_ = textLabel(u"Photo-based draft · observations and practice cues, not coach-validated "
                       u"findings. No comparison with another rider is implied."_s,
                       this);
@@ -44,9 +46,13 @@ SinglePhotoFeedbackView::SinglePhotoFeedbackView(ReviewerModel& model, QWidget* 
 
 void SinglePhotoFeedbackView::refresh() {
     const dravik::SinglePhotoCoaching* coaching = model_.currentSinglePhotoCoaching();
+    // Notes that failed to load are named instead of being passed off as never written.
+    const auto& failure = model_.singlePhotoCoachingError();
+    loadError_->setVisible(failure.has_value());
+    loadError_->setText(QString::fromStdString(failure.value_or(std::string())));
     note_->setVisible(coaching != nullptr);
     basis_->setVisible(coaching != nullptr);
-    absent_->setVisible(coaching == nullptr);
+    absent_->setVisible(coaching == nullptr && !failure);
     clearLayout(observations_);
     clearLayout(basis_->contentLayout());
     if (!coaching)

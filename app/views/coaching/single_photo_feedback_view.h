@@ -25,6 +25,7 @@ class SinglePhotoFeedbackView : public QWidget {
     QVBoxLayout* observations_;
     CollapsibleSection* basis_;
     QLabel* absent_;
+    QLabel* loadError_;
 };
 
 } // namespace tessary
