@@ -2,7 +2,18 @@
 file(COPY "${WORKER_SOURCE}/pose-worker.mjs" "${WORKER_SOURCE}/package.json"
      DESTINATION "${WORKER_DESTINATION}")
 if(IS_DIRECTORY "${WORKER_SOURCE}/node_modules")
-    file(COPY "${WORKER_SOURCE}/node_modules" DESTINATION "${WORKER_DESTINATION}")
+    # Node loads each package's "main" bundle (dist/*.node.js) and the WebAssembly binaries; the
+    # browser bundles, source maps, typings, tests and per-module trees are never read.
+    file(COPY "${WORKER_SOURCE}/node_modules" DESTINATION "${WORKER_DESTINATION}"
+         PATTERN "*.map" EXCLUDE
+         PATTERN "*.d.ts" EXCLUDE
+         PATTERN "*_test.js" EXCLUDE
+         PATTERN "*.md" EXCLUDE
+         PATTERN "*.es2017.js" EXCLUDE
+         PATTERN "*.fesm.js" EXCLUDE
+         PATTERN "*.esm.js" EXCLUDE
+         PATTERN "*.min.js" EXCLUDE
+         REGEX "/@tensorflow/[^/]+/dist/[^/]+/" EXCLUDE)
 else()
     message(WARNING "The pose worker's Node packages are missing: run `npm ci` in ${WORKER_SOURCE}.")
 endif()
