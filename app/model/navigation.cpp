@@ -4,10 +4,25 @@
 
 namespace tessary {
 
-std::vector<std::string> ReviewerModel::shownFrames(const std::string& frameID,
-                                                    const std::optional<dravik::ReviewPair>& pair,
-                                                    bool compare) const {
-    return compare && pair ? pair->frameIDs : std::vector<std::string>{frameID};
+bool ReviewerModel::show(const std::string& frameID, const std::optional<dravik::ReviewPair>& pair,
+                         bool compare, const std::optional<dravik::ReviewPair>& reportPair,
+                         std::shared_ptr<const dravik::ReviewDocument> document) {
+    Photos loaded;
+    Snapshot next;
+    try {
+        loaded = imagesFor(compare && pair ? pair->frameIDs : std::vector<std::string>{frameID});
+        next = makeSnapshot(reportPair ? std::optional(reportPair->id) : std::nullopt,
+                            std::move(document));
+    } catch (const std::exception& failure) {
+        setError(failure.what());
+        return false;
+    }
+    cancelInteraction();
+    setImages(std::move(loaded));
+    assign(compare_, compare, navigationChange);
+    assign(activeFrameID_, std::optional(frameID), navigationChange);
+    setSnapshot(std::move(next));
+    return true;
 }
 
 void ReviewerModel::activate(const std::string& frameID) {
@@ -31,21 +46,7 @@ void ReviewerModel::selectFrame(std::int64_t index) {
     const std::string frameID = current->frames()[static_cast<std::size_t>(index)].id;
     const auto framePair = pairOf(frameID);
     const bool keepCompare = compare_ && framePair && framePair->hasReference();
-    Photos loaded;
-    Snapshot next;
-    try {
-        loaded = imagesFor(shownFrames(frameID, framePair, keepCompare));
-        next = makeSnapshot(framePair ? std::optional(framePair->id) : std::nullopt,
-                            snapshot_->documentPointer);
-    } catch (const std::exception& failure) {
-        setError(failure.what());
-        return;
-    }
-    cancelInteraction();
-    assign(compare_, keepCompare, navigationChange);
-    setImages(std::move(loaded));
-    assign(activeFrameID_, std::optional(frameID), navigationChange);
-    setSnapshot(std::move(next));
+    show(frameID, framePair, keepCompare, framePair, snapshot_->documentPointer);
 }
 
 void ReviewerModel::selectPair(const std::string& pairID) {
@@ -74,20 +75,7 @@ void ReviewerModel::setCompare(bool on) {
                    "available.");
         return;
     }
-    Photos loaded;
-    Snapshot next;
-    try {
-        loaded = imagesFor(shownFrames(frameID, framePair, on));
-        next = makeSnapshot(on ? std::optional(framePair->id) : std::nullopt,
-                            snapshot_->documentPointer);
-    } catch (const std::exception& failure) {
-        setError(failure.what());
-        return;
-    }
-    cancelInteraction();
-    setImages(std::move(loaded));
-    assign(compare_, on, navigationChange);
-    setSnapshot(std::move(next));
+    show(frameID, framePair, on, on ? framePair : std::nullopt, snapshot_->documentPointer);
 }
 
 } // namespace tessary

@@ -276,9 +276,12 @@ class ReviewerModel : public QObject {
                       const std::filesystem::path& manifest) const;
     // The photos of these frames; a photo on screen whose file is unchanged is not decoded again.
     Photos imagesFor(const std::vector<std::string>& frameIDs) const;
-    std::vector<std::string> shownFrames(const std::string& frameID,
-                                         const std::optional<dravik::ReviewPair>& pair,
-                                         bool compare) const;
+    // Navigates to `frameID`, with its pair's photos in Compare mode and a snapshot of `document`
+    // for `reportPair`. All or nothing: a photo or analysis failure sets `error` and changes
+    // nothing else (false).
+    bool show(const std::string& frameID, const std::optional<dravik::ReviewPair>& pair,
+              bool compare, const std::optional<dravik::ReviewPair>& reportPair,
+              std::shared_ptr<const dravik::ReviewDocument> document);
     void applyUndo(dravik::ReviewDocument& document, const ReviewUndo& entry,
                    const std::optional<dravik::ReviewPair>& pair) const;
 

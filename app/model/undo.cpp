@@ -51,24 +51,15 @@ void ReviewerModel::undo() {
     // Undo returns to the photo whose change it reverts.
     const auto framePair = pairOf(frameID);
     const bool keepCompare = compare_ && framePair && framePair->hasReference();
-    Photos loaded;
-    Snapshot next;
+    auto reverted = std::make_shared<dravik::ReviewDocument>(*current);
     try {
-        loaded = imagesFor(shownFrames(frameID, framePair, keepCompare));
-        auto reverted = std::make_shared<dravik::ReviewDocument>(*current);
         applyUndo(*reverted, entry, framePair);
-        next = makeSnapshot(framePair ? std::optional(framePair->id) : std::nullopt,
-                            std::move(reverted));
     } catch (const std::exception& failure) {
         setError(failure.what());
         return;
     }
-
-    cancelInteraction();
-    setImages(std::move(loaded));
-    assign(compare_, keepCompare, navigationChange);
-    assign(activeFrameID_, std::optional(frameID), navigationChange);
-    setSnapshot(std::move(next));
+    if (!show(frameID, framePair, keepCompare, framePair, std::move(reverted)))
+        return;
     undoStack_.pop_back();
     mark(undoStackChange);
     if (const auto* joint = std::get_if<ReviewUndo::Joint>(&entry.change))
