@@ -75,7 +75,9 @@ void ReviewerModel::setCompare(bool on) {
                    "available.");
         return;
     }
-    show(frameID, framePair, on, on ? framePair : std::nullopt, snapshot_->documentPointer);
+    // The pair's report stays in Single mode too, as after selectFrame and every edit: the rider's
+    // photo keeps its pair feedback instead of losing it until the next change.
+    show(frameID, framePair, on, framePair, snapshot_->documentPointer);
 }
 
 } // namespace tessary

@@ -246,6 +246,8 @@ TEST_F(ModelTest, NavigationStaysWithinTheSessionAndDecodesOnlyPhotosThatChanged
     model.setCompare(false);
     EXPECT_EQ(model.visibleIDs(), std::vector<std::string>{sam3});
     EXPECT_EQ(model.images().size(), 1u);
+    ASSERT_NE(model.report(), nullptr); // Single mode keeps the pair's feedback
+    EXPECT_EQ(model.report()->pairID, "turn-3");
 }
 
 } // namespace tessary::test
