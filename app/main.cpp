@@ -1,5 +1,5 @@
-#include "bundle.h"
-#include "shell/sample_copy.h"
+#include "environment/bundle.h"
+#include "environment/sample_copy.h"
 #include "shell/tessary_app.h"
 
 #include <QApplication>

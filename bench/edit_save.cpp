@@ -4,6 +4,7 @@
 
 #include "dravik/joints.h"
 #include "dravik/store.h"
+#include "editing/snapshot_building.h"
 #include "reviewer_model.h"
 #include "samplegen.h"
 
@@ -122,11 +123,10 @@ int main(int argc, char** argv) {
         auto copy = std::make_shared<dravik::ReviewDocument>(*model.document());
         copy->setJoint(index, "nose", dravik::Point2{10.0 + i, 10},
                        dravik::JointReviewState::corrected);
-        const auto snapshot = model.makeSnapshot(pairID, copy);
-        const auto pairs = dravik::PairReview::resolve(copy->frames());
+        const auto snapshot = tessary::buildSnapshot(copy, pairID, model.leanProposals());
         modelWork.push_back(millisecondsSince(start));
         // Every photo of this session is a rider alone: a pair of its own, with no report.
-        if (snapshot.report || pairs.size() != frames) {
+        if (snapshot.report || snapshot.pairs.size() != frames) {
             std::fprintf(stderr, "the snapshot of photo %zu is not the expected one\n", index);
             return 1;
         }

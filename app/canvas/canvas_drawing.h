@@ -1,6 +1,7 @@
 #pragma once
 
 #include "dravik/lean.h"
+#include "dravik/lean_report.h"
 #include "dravik/review.h"
 
 #include <QColor>
@@ -8,18 +9,37 @@
 #include <QPointF>
 #include <QString>
 #include <optional>
+#include <set>
 #include <string>
 
 class QPainter;
 
 namespace tessary {
 
-class ReviewerModel;
-
 // A joint being dragged, shown at the mouse instead of where the document has it.
 struct JointPreview {
     std::string joint;
     dravik::Point2 point;
+};
+
+// What the skeleton of one photo shows: the canvas fills it from the model, a printed report from
+// the saved review.
+struct SkeletonScene {
+    std::string kind = "3D";
+    bool showRaw = false;
+    std::optional<std::string> selected;
+    std::set<std::string> highlighted;
+    std::optional<JointPreview> preview;
+};
+
+// What the lean overlay of one photo shows.
+struct LeanScene {
+    std::optional<dravik::LeanAnnotation> annotation;
+    std::optional<dravik::LeanMeasurement> measurement;
+    std::optional<dravik::LeanHandle> selectedHandle;
+    bool placing = false; // a line is being placed on this photo
+    std::optional<dravik::Point2> placementStart;
+    bool previewing = false; // a handle is being dragged
 };
 
 inline QPointF viewPoint(const dravik::Point2& source, const dravik::PixelRect& panel,
@@ -34,14 +54,13 @@ QFont tagFont(int pixels, bool bold);
 void drawTag(QPainter& painter, const QPointF& anchor, const QString& text, const QColor& colour,
              const QFont& font);
 
-// Raw comparison points, bones, joint markers and their numbers, and while `preview` is set a
-// notice that the drag is not saved yet.
-void drawSkeleton(QPainter& painter, const ReviewerModel& model, const dravik::ReviewFrame& frame,
-                  double scale, const std::optional<JointPreview>& preview);
+// Raw comparison points, bones, joint markers and their numbers, and while a joint is previewed
+// a notice that the drag is not saved yet.
+void drawSkeleton(QPainter& painter, const dravik::ReviewFrame& frame, const SkeletonScene& scene,
+                  double scale);
 
-// The wheel axis and reference lines with their handles, labels and the angle between them;
-// `dragged` replaces the frame's annotation while a handle is being dragged.
-void drawLean(QPainter& painter, const ReviewerModel& model, const dravik::ReviewFrame& frame,
-              double scale, const std::optional<dravik::LeanAnnotation>& dragged);
+// The wheel axis and reference lines with their handles, labels and the angle between them.
+void drawLean(QPainter& painter, const dravik::PixelRect& panel, const LeanScene& scene,
+              double scale);
 
 } // namespace tessary

@@ -46,10 +46,11 @@ dravik::Point2 JointCanvasView::sourcePoint(const QPointF& view,
     return dravik::ReviewCoordinates::source({view.x(), view.y()}, frame.panel, scale_);
 }
 
-dravik::Point2 JointCanvasView::draggedTo(const QPointF& view,
-                                          const dravik::ReviewFrame& frame) const {
+dravik::Point2 JointCanvasView::draggedTo(const QPointF& view, const dravik::ReviewFrame& frame,
+                                          const dravik::Point2& pressed,
+                                          const dravik::Point2& grabbed) const {
     const dravik::Point2 mouse = sourcePoint(view, frame);
-    return {grabbed_.x + (mouse.x - pressSource_.x), grabbed_.y + (mouse.y - pressSource_.y)};
+    return {grabbed.x + (mouse.x - pressed.x), grabbed.y + (mouse.y - pressed.y)};
 }
 
 void JointCanvasView::paintEvent(QPaintEvent* event) {
@@ -79,20 +80,39 @@ void JointCanvasView::paintEvent(QPaintEvent* event) {
 
     painter.setRenderHint(QPainter::Antialiasing);
     if (model_->showMarkers()) {
-        std::optional<JointPreview> preview;
-        if (dragTarget_ && dragged_)
-            preview = JointPreview{dragTarget_->joint, *dragged_};
-        drawSkeleton(painter, *model_, *frame, scale_, preview);
+        const Presentation settings = model_->settings(frameID_);
+        SkeletonScene skeleton{settings.kind, settings.showRaw, model_->selected(),
+                               model_->highlightedJoints(), std::nullopt};
+        if (const auto* drag = std::get_if<JointDrag>(&gesture_); drag && drag->dragged)
+            skeleton.preview = JointPreview{drag->target.joint, *drag->dragged};
+        drawSkeleton(painter, *frame, skeleton, scale_);
     }
-    drawLean(painter, *model_, *frame, scale_, leanDragged_);
+    drawLean(painter, frame->panel, leanScene(), scale_);
+}
+
+LeanScene JointCanvasView::leanScene() const {
+    LeanScene scene;
+    const bool active = model_->activeFrameID() == frameID_;
+    scene.placing = active && model_->leanPlacement().has_value();
+    scene.placementStart = model_->leanPlacementStart();
+    if (active)
+        scene.selectedHandle = model_->selectedLeanHandle();
+    scene.previewing =
+        model_->leanPreviewTarget() && model_->leanPreviewTarget()->frameID == frameID_;
+    if (const auto* drag = std::get_if<LeanDrag>(&gesture_)) {
+        scene.annotation = drag->dragged;
+        scene.measurement = model_->measureLean(drag->dragged);
+    } else if (model_->showLean()) {
+        if (const dravik::LeanFrameEvidence* shown = model_->leanReport()->frame(frameID_)) {
+            scene.annotation = shown->annotation;
+            scene.measurement = shown->measurement;
+        }
+    }
+    return scene;
 }
 
 void JointCanvasView::mousePressEvent(QMouseEvent* event) {
-    if (event->button() != Qt::LeftButton || isStale()) {
-        event->ignore();
-        return;
-    }
-    if (!model_->frame(frameID_)) {
+    if (event->button() != Qt::LeftButton || isStale() || !model_->frame(frameID_)) {
         event->ignore();
         return;
     }
@@ -104,31 +124,40 @@ void JointCanvasView::mousePressEvent(QMouseEvent* event) {
     if (!self || !model_)
         return;
     setFocus(Qt::MouseFocusReason);
-    const dravik::ReviewFrame* frame = model_->frame(frameID_);
-    if (!frame)
-        return;
-    const dravik::Point2 view{event->position().x(), event->position().y()};
-
-    if (model_->leanMode() && model_->showLean() && model_->leanPlacement()) {
-        model_->placeLean(sourcePoint(event->position(), *frame), frameID_);
-        return;
-    }
-    if (pressLean(view, *frame))
-        return;
-    if (model_->placing()) {
-        model_->edit(sourcePoint(event->position(), *frame), dravik::allJointReviewStates[0],
-                     model_->target(frameID_, model_->selected()));
-        return;
-    }
-    pressJoint(view, *frame);
+    if (const dravik::ReviewFrame* frame = model_->frame(frameID_))
+        gesture_ = startGesture({event->position().x(), event->position().y()}, *frame);
 }
 
-bool JointCanvasView::pressLean(const dravik::Point2& view, const dravik::ReviewFrame& frame) {
+JointCanvasView::Gesture JointCanvasView::startGesture(const dravik::Point2& view,
+                                                       const dravik::ReviewFrame& frame) {
+    const dravik::Point2 source = sourcePoint({view.x, view.y}, frame);
+    if (model_->leanMode() && model_->showLean() && model_->leanPlacement()) {
+        model_->placeLean(source, frameID_);
+        return PlacedLean{};
+    }
+    if (auto drag = grabLeanHandle(view, frame)) {
+        model_->setSelectedLeanHandle(drag->handle);
+        return *drag;
+    }
+    if (model_->placing()) {
+        model_->edit(source, dravik::JointReviewState::corrected,
+                     model_->target(frameID_, model_->selected()));
+        return PlacedJoint{};
+    }
+    if (auto drag = grabJoint(view, frame)) {
+        model_->setSelected(drag->target.joint);
+        return *drag;
+    }
+    return NoGesture{};
+}
+
+std::optional<JointCanvasView::LeanDrag>
+JointCanvasView::grabLeanHandle(const dravik::Point2& view, const dravik::ReviewFrame& frame) {
     if (!model_->leanMode())
-        return false;
+        return std::nullopt;
     const auto annotation = model_->lean(frameID_);
     if (!annotation)
-        return false;
+        return std::nullopt;
     std::optional<dravik::LeanHandle> nearest;
     double nearestDistance = 0;
     for (dravik::LeanHandle handle : dravik::allLeanHandles) {
@@ -143,19 +172,15 @@ bool JointCanvasView::pressLean(const dravik::Point2& view, const dravik::Review
         }
     }
     if (!nearest || nearestDistance > handleReach)
-        return false;
-    model_->setSelectedLeanHandle(*nearest);
-    pressSource_ = sourcePoint({view.x, view.y}, frame);
-    grabbed_ = *annotation->point(*nearest);
-    leanHandle_ = *nearest;
-    leanDragTarget_ = model_->leanTarget(frameID_);
-    leanDragged_ = annotation;
-    return true;
+        return std::nullopt;
+    return LeanDrag{model_->leanTarget(frameID_), *nearest, sourcePoint({view.x, view.y}, frame),
+                    *annotation->point(*nearest), *annotation};
 }
 
-bool JointCanvasView::pressJoint(const dravik::Point2& view, const dravik::ReviewFrame& frame) {
+std::optional<JointCanvasView::JointDrag>
+JointCanvasView::grabJoint(const dravik::Point2& view, const dravik::ReviewFrame& frame) {
     if (!model_->showMarkers())
-        return false;
+        return std::nullopt;
     const std::string kind = model_->settings(frameID_).kind;
     const std::string* nearest = nullptr;
     double nearestDistance = 0;
@@ -172,34 +197,31 @@ bool JointCanvasView::pressJoint(const dravik::Point2& view, const dravik::Revie
         }
     }
     if (!nearest || nearestDistance > jointReach)
-        return false;
-    model_->setSelected(*nearest);
-    pressSource_ = sourcePoint({view.x, view.y}, frame);
-    grabbed_ = *frame.displayPoint(*nearest, kind);
-    dragTarget_ = model_->target(frameID_, *nearest);
-    dragged_.reset();
-    return true;
+        return std::nullopt;
+    return JointDrag{model_->target(frameID_, *nearest), sourcePoint({view.x, view.y}, frame),
+                     *frame.displayPoint(*nearest, kind), std::nullopt};
 }
 
 void JointCanvasView::mouseMoveEvent(QMouseEvent* event) {
     if (!model_ || !(event->buttons() & Qt::LeftButton))
         return;
     const dravik::ReviewFrame* frame = model_->frame(frameID_);
-    if (leanDragTarget_ && leanDragged_) {
-        if (!frame || !model_->validLean(*leanDragTarget_)) {
-            cancelDrag();
+    if (auto* drag = std::get_if<LeanDrag>(&gesture_)) {
+        if (!frame || !model_->validLean(drag->target)) {
+            cancelGesture();
             return;
         }
-        leanDragged_->move(leanHandle_, draggedTo(event->position(), *frame));
-        model_->setLeanPreviewTarget(leanDragTarget_);
+        drag->dragged.move(drag->handle,
+                           draggedTo(event->position(), *frame, drag->pressed, drag->grabbed));
+        model_->setLeanPreviewTarget(drag->target);
         update();
-    } else if (dragTarget_) {
-        if (!frame || !model_->valid(*dragTarget_)) {
-            cancelDrag();
+    } else if (auto* joint = std::get_if<JointDrag>(&gesture_)) {
+        if (!frame || !model_->valid(joint->target)) {
+            cancelGesture();
             return;
         }
-        dragged_ = draggedTo(event->position(), *frame);
-        model_->setPreviewTarget(dragTarget_);
+        joint->dragged = draggedTo(event->position(), *frame, joint->pressed, joint->grabbed);
+        model_->setPreviewTarget(joint->target);
         update();
     }
 }
@@ -208,7 +230,7 @@ void JointCanvasView::mouseReleaseEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton)
         return;
     QPointer<JointCanvasView> self(this);
-    finishDrag();
+    finishGesture();
     if (!self)
         return;
     tracking_ = false;
@@ -220,47 +242,41 @@ void JointCanvasView::hideEvent(QHideEvent* event) {
     // A hidden canvas gets no release: end the press here, or it would never be replaced.
     if (!tracking_)
         return;
-    cancelDrag();
+    cancelGesture();
     tracking_ = false;
     emit trackingEnded();
 }
 
-void JointCanvasView::finishDrag() {
+void JointCanvasView::finishGesture() {
+    // Taken first: committing redraws, and the redraw must show the document.
+    const Gesture finished = std::exchange(gesture_, NoGesture{});
     if (!model_) {
-        cancelDrag();
+        update();
         return;
     }
-    // Take the drag state first: committing redraws, and the redraw must show the document.
-    auto leanTarget = std::exchange(leanDragTarget_, std::nullopt);
-    auto leanMoved = std::exchange(leanDragged_, std::nullopt);
-    auto target = std::exchange(dragTarget_, std::nullopt);
-    auto point = std::exchange(dragged_, std::nullopt);
-
-    if (leanTarget && leanMoved && model_->validLean(*leanTarget) &&
-        leanMoved != model_->lean(frameID_))
-        model_->commitLean(*leanMoved, *leanTarget);
-    if (target && point && model_->valid(*target)) {
+    if (const auto* drag = std::get_if<LeanDrag>(&finished)) {
+        if (model_->validLean(drag->target) && drag->dragged != model_->lean(frameID_))
+            model_->commitLean(drag->dragged, drag->target);
+        // Nothing committed (or the commit was refused): the preview must not outlive the drag.
+        if (model_ && model_->leanPreviewTarget() == drag->target)
+            model_->setLeanPreviewTarget(std::nullopt);
+    } else if (const auto* joint = std::get_if<JointDrag>(&finished)) {
+        // A drag that comes back to where it started, or a click, changes nothing.
         const dravik::ReviewFrame* frame = model_->frame(frameID_);
-        const auto shown = frame
-                               ? frame->displayPoint(target->joint, model_->settings(frameID_).kind)
-                               : std::nullopt;
-        if (point != shown)
-            model_->edit(*point, dravik::allJointReviewStates[0], *target);
+        if (joint->dragged && frame && model_->valid(joint->target) &&
+            joint->dragged !=
+                frame->displayPoint(joint->target.joint, model_->settings(frameID_).kind))
+            model_->edit(*joint->dragged, dravik::JointReviewState::corrected, joint->target);
+        if (model_ && model_->previewTarget() == joint->target)
+            model_->setPreviewTarget(std::nullopt);
     }
-    // Nothing committed (or the commit was refused): the preview must not outlive the drag.
-    if (model_ && leanTarget && model_->leanPreviewTarget() == leanTarget)
-        model_->setLeanPreviewTarget(std::nullopt);
-    if (model_ && target && model_->previewTarget() == target)
-        model_->setPreviewTarget(std::nullopt);
     update();
 }
 
-void JointCanvasView::cancelDrag() {
-    const bool dragging = dragTarget_ || leanDragTarget_;
-    dragTarget_.reset();
-    dragged_.reset();
-    leanDragTarget_.reset();
-    leanDragged_.reset();
+void JointCanvasView::cancelGesture() {
+    const bool dragging =
+        std::holds_alternative<JointDrag>(gesture_) || std::holds_alternative<LeanDrag>(gesture_);
+    gesture_ = NoGesture{};
     if (model_ && dragging) {
         model_->setPreviewTarget(std::nullopt);
         model_->setLeanPreviewTarget(std::nullopt);
@@ -290,7 +306,7 @@ void JointCanvasView::keyPressEvent(QKeyEvent* event) {
         dy = -step;
         break;
     case Qt::Key_Escape:
-        cancelDrag();
+        cancelGesture();
         if (model_->leanMode())
             model_->cancelInteraction();
         else
@@ -300,7 +316,7 @@ void JointCanvasView::keyPressEvent(QKeyEvent* event) {
         QWidget::keyPressEvent(event);
         return;
     }
-    cancelDrag();
+    cancelGesture();
     if (model_->leanMode())
         model_->nudgeLean(dx, dy);
     else

@@ -1,15 +1,17 @@
 #pragma once
 
+#include "canvas_drawing.h"
 #include "dravik/lean.h"
 #include "dravik/review.h"
 #include "dravik/uuid.h"
-#include "lean_edit_target.h"
 #include "scaled_photo.h"
+#include "state/lean_edit_target.h"
 
 #include <QPointer>
 #include <QWidget>
 #include <optional>
 #include <string>
+#include <variant>
 
 namespace tessary {
 
@@ -50,12 +52,40 @@ class JointCanvasView : public QWidget {
     void hideEvent(QHideEvent* event) override;
 
   private:
-    bool pressLean(const dravik::Point2& view, const dravik::ReviewFrame& frame);
-    bool pressJoint(const dravik::Point2& view, const dravik::ReviewFrame& frame);
-    void finishDrag();
-    void cancelDrag();
+    // What the button held down since the last press is doing; decided once, at the press.
+    struct NoGesture {};
+    // A drag moves the grabbed point by the mouse's travel since the press, so grabbing a marker
+    // off-centre does not make it jump, and a drag that comes back to where it started leaves
+    // the point exactly where it was. Points are in source pixels.
+    struct JointDrag {
+        dravik::ReviewEditTarget target;
+        dravik::Point2 pressed;
+        dravik::Point2 grabbed;
+        std::optional<dravik::Point2> dragged; // none until the mouse moves
+    };
+    struct LeanDrag {
+        LeanEditTarget target;
+        dravik::LeanHandle handle;
+        dravik::Point2 pressed;
+        dravik::Point2 grabbed;
+        dravik::LeanAnnotation dragged;
+    };
+    // The press placed a joint or a lean endpoint; the release has nothing left to do.
+    struct PlacedJoint {};
+    struct PlacedLean {};
+    using Gesture = std::variant<NoGesture, JointDrag, LeanDrag, PlacedJoint, PlacedLean>;
+
+    LeanScene leanScene() const;
+    Gesture startGesture(const dravik::Point2& view, const dravik::ReviewFrame& frame);
+    std::optional<LeanDrag> grabLeanHandle(const dravik::Point2& view,
+                                           const dravik::ReviewFrame& frame);
+    std::optional<JointDrag> grabJoint(const dravik::Point2& view,
+                                       const dravik::ReviewFrame& frame);
+    void finishGesture();
+    void cancelGesture();
     dravik::Point2 sourcePoint(const QPointF& view, const dravik::ReviewFrame& frame) const;
-    dravik::Point2 draggedTo(const QPointF& view, const dravik::ReviewFrame& frame) const;
+    dravik::Point2 draggedTo(const QPointF& view, const dravik::ReviewFrame& frame,
+                             const dravik::Point2& pressed, const dravik::Point2& grabbed) const;
 
     QPointer<ReviewerModel> model_;
     std::string frameID_;
@@ -63,17 +93,7 @@ class JointCanvasView : public QWidget {
     double scale_ = 1.0;
     bool tracking_ = false;
     ScaledPhoto photo_;
-
-    // Where the press landed, in source pixels: a drag moves the grabbed point by the mouse's
-    // travel since, so grabbing a marker off-centre does not make it jump, and a drag that
-    // comes back to where it started leaves the point exactly where it was.
-    dravik::Point2 pressSource_;
-    dravik::Point2 grabbed_;
-    dravik::LeanHandle leanHandle_ = dravik::LeanHandle::wheelA;
-    std::optional<dravik::ReviewEditTarget> dragTarget_;
-    std::optional<dravik::Point2> dragged_;
-    std::optional<LeanEditTarget> leanDragTarget_;
-    std::optional<dravik::LeanAnnotation> leanDragged_;
+    Gesture gesture_;
 };
 
 } // namespace tessary

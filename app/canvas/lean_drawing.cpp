@@ -1,7 +1,5 @@
 #include "canvas_drawing.h"
 #include "canvas_palette.h"
-#include "dravik/lean_analysis.h"
-#include "reviewer_model.h"
 
 #include <QFontDatabase>
 #include <QPainter>
@@ -85,10 +83,10 @@ void drawLine(QPainter& painter, const ViewLine& line, const QColor& colour, con
     drawTag(painter, midpoint(line.a, line.b) + QPointF(12, 6), label, colour, font);
 }
 
-void drawAngle(QPainter& painter, const dravik::LeanAnnotation& annotation,
-               const dravik::LeanMeasurement& measurement, const ViewLine& wheel, bool previewing) {
+void drawAngle(QPainter& painter, const dravik::LeanMeasurement& measurement, const ViewLine& wheel,
+               bool previewing) {
     // The upright of the reference, and the wheel axis turned from it by the measured angle.
-    const double upright = dravik::LeanAnalysis::orientation(*annotation.reference) + 90.0;
+    const double upright = measurement.referenceOrientation + 90.0;
     const double axis = upright - measurement.angle;
     const QPointF vertex = midpoint(wheel.a, wheel.b);
     painter.setPen(QPen(palette::yellow, indicatorWidth, Qt::SolidLine, Qt::RoundCap));
@@ -122,20 +120,16 @@ QString lineLabel(std::string_view prefix, bool reviewed) {
 
 } // namespace
 
-void drawLean(QPainter& painter, const ReviewerModel& model, const dravik::ReviewFrame& frame,
-              double scale, const std::optional<dravik::LeanAnnotation>& dragged) {
-    const bool active = model.activeFrameID() == frame.id;
-    const bool placing = active && model.leanPlacement().has_value();
-    const std::optional<dravik::LeanAnnotation> annotation =
-        dragged ? dragged : model.lean(frame.id);
-    if (!placing && !(model.showLean() && annotation))
+void drawLean(QPainter& painter, const dravik::PixelRect& panel, const LeanScene& scene,
+              double scale) {
+    const auto& annotation = scene.annotation;
+    if (!scene.placing && !annotation)
         return;
-    const dravik::PixelRect& panel = frame.panel;
 
-    if (placing && model.leanPlacementStart()) {
+    if (scene.placing && scene.placementStart) {
         painter.setPen(Qt::NoPen);
         painter.setBrush(palette::yellow);
-        painter.drawEllipse(viewPoint(*model.leanPlacementStart(), panel, scale), placementDot / 2,
+        painter.drawEllipse(viewPoint(*scene.placementStart, panel, scale), placementDot / 2,
                             placementDot / 2);
     }
 
@@ -157,7 +151,7 @@ void drawLean(QPainter& painter, const ReviewerModel& model, const dravik::Revie
             const auto point = annotation->point(handle);
             if (!point)
                 continue;
-            const bool selected = active && model.selectedLeanHandle() == handle;
+            const bool selected = scene.selectedHandle == handle;
             painter.setPen(QPen(dravik::isReference(handle) ? palette::cyan : palette::yellow,
                                 selected ? 4.0 : 2.0));
             painter.setBrush(palette::black);
@@ -166,11 +160,8 @@ void drawLean(QPainter& painter, const ReviewerModel& model, const dravik::Revie
         }
     painter.setBrush(Qt::NoBrush);
 
-    const auto measurement = annotation ? dravik::LeanAnalysis::measure(*annotation) : std::nullopt;
-    if (measurement && wheel && reference) {
-        const bool previewing =
-            model.leanPreviewTarget() && model.leanPreviewTarget()->frameID == frame.id;
-        drawAngle(painter, *annotation, *measurement, *wheel, previewing);
+    if (scene.measurement && wheel && reference) {
+        drawAngle(painter, *scene.measurement, *wheel, scene.previewing);
         return;
     }
     const QString advice = wheel
@@ -182,8 +173,8 @@ void drawLean(QPainter& painter, const ReviewerModel& model, const dravik::Revie
         anchor = midpoint(wheel->a, wheel->b) + QPointF(12, -40);
     else if (reference)
         anchor = midpoint(reference->a, reference->b) + QPointF(12, -40);
-    else if (placing && model.leanPlacementStart())
-        anchor = viewPoint(*model.leanPlacementStart(), panel, scale) + QPointF(12, -40);
+    else if (scene.placing && scene.placementStart)
+        anchor = viewPoint(*scene.placementStart, panel, scale) + QPointF(12, -40);
     drawTag(painter, anchor, QStringLiteral("Wheel lean unavailable\n") + advice, palette::yellow,
             tagFont(12, true));
 }

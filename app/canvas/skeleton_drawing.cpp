@@ -1,7 +1,6 @@
 #include "canvas_drawing.h"
 #include "canvas_palette.h"
 #include "dravik/joints.h"
-#include "reviewer_model.h"
 
 #include <QFontDatabase>
 #include <QPainter>
@@ -57,24 +56,24 @@ QColor outlineFor(const dravik::ReviewFrame& frame, const std::string& joint, bo
 
 } // namespace
 
-void drawSkeleton(QPainter& painter, const ReviewerModel& model, const dravik::ReviewFrame& frame,
-                  double scale, const std::optional<JointPreview>& preview) {
+void drawSkeleton(QPainter& painter, const dravik::ReviewFrame& frame, const SkeletonScene& scene,
+                  double scale) {
     const auto& names = dravik::InspectionRenderer::jointNames();
-    const Presentation settings = model.settings(frame.id);
     const dravik::PixelRect& panel = frame.panel;
+    const auto& preview = scene.preview;
 
     std::map<std::string, dravik::Point2> shown;
     for (const std::string& joint : names)
         if (preview && preview->joint == joint)
             shown[joint] = preview->point;
-        else if (auto point = frame.displayPoint(joint, settings.kind))
+        else if (auto point = frame.displayPoint(joint, scene.kind))
             shown[joint] = *point;
 
     painter.setBrush(Qt::NoBrush);
-    if (settings.showRaw) {
+    if (scene.showRaw) {
         painter.setPen(QPen(palette::withAlpha(palette::orange, rawAlpha), 1.0));
         for (const std::string& joint : names)
-            if (auto raw = frame.rawPoint(joint, settings.kind))
+            if (auto raw = frame.rawPoint(joint, scene.kind))
                 painter.drawEllipse(viewPoint(*raw, panel, scale), rawRadius, rawRadius);
     }
 
@@ -93,14 +92,14 @@ void drawSkeleton(QPainter& painter, const ReviewerModel& model, const dravik::R
         painter.drawLine(viewPoint(a->second, panel, scale), viewPoint(b->second, panel, scale));
     }
 
-    const std::set<std::string>& highlighted = model.highlightedJoints();
+    const std::set<std::string>& highlighted = scene.highlighted;
     painter.setFont(labelFont());
     for (std::size_t id = 0; id < names.size(); ++id) {
         const std::string& joint = names[id];
         auto point = shown.find(joint);
         if (point == shown.end())
             continue;
-        const bool selected = joint == model.selected();
+        const bool selected = scene.selected == joint;
         const double diameter = selected || highlighted.count(joint) ? largeMarker : smallMarker;
         const QPointF centre = viewPoint(point->second, panel, scale);
         painter.setPen(QPen(outlineFor(frame, joint, selected), selected ? 2.5 : 1.5));

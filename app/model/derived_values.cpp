@@ -20,23 +20,28 @@ const dravik::PairReport* ReviewerModel::report() const {
     return snapshot_ && snapshot_->report ? &*snapshot_->report : nullptr;
 }
 
+const dravik::LeanReport* ReviewerModel::leanReport() const {
+    return snapshot_ ? &snapshot_->leanReport : nullptr;
+}
+
 const std::vector<dravik::ReviewPair>& ReviewerModel::pairs() const {
-    return pairs_;
+    static const std::vector<dravik::ReviewPair> none;
+    return snapshot_ ? snapshot_->pairs : none;
 }
 
 std::optional<dravik::ReviewPair> ReviewerModel::pairOf(const std::string& frameID) const {
-    for (const dravik::ReviewPair& candidate : pairs_)
+    for (const dravik::ReviewPair& candidate : pairs())
         if (holds(candidate, frameID))
             return candidate;
     return std::nullopt;
 }
 
 std::optional<dravik::ReviewPair> ReviewerModel::pair() const {
-    return activeFrameID_ ? pairOf(*activeFrameID_) : std::nullopt;
+    return view_.activeFrameID ? pairOf(*view_.activeFrameID) : std::nullopt;
 }
 
 const dravik::ReviewFrame* ReviewerModel::frame() const {
-    return activeFrameID_ ? frame(*activeFrameID_) : nullptr;
+    return view_.activeFrameID ? frame(*view_.activeFrameID) : nullptr;
 }
 
 const dravik::ReviewFrame* ReviewerModel::frame(const std::string& id) const {
@@ -45,27 +50,27 @@ const dravik::ReviewFrame* ReviewerModel::frame(const std::string& id) const {
 }
 
 std::vector<std::string> ReviewerModel::visibleIDs() const {
-    if (!activeFrameID_)
+    if (!view_.activeFrameID)
         return {};
-    if (compare_)
+    if (view_.compare)
         if (auto current = pair())
             return current->frameIDs;
-    return {*activeFrameID_};
+    return {*view_.activeFrameID};
 }
 
 Presentation ReviewerModel::settings(const std::string& frameID) const {
-    auto found = presentation_.find(frameID);
-    return found == presentation_.end() ? Presentation{} : found->second;
+    auto found = view_.presentation.find(frameID);
+    return found == view_.presentation.end() ? Presentation{} : found->second;
 }
 
 void ReviewerModel::setSettings(const std::string& frameID, const Presentation& settings) {
-    Batch batch(*this);
-    if (leanPreviewTarget_)
+    SignalHold hold(*this);
+    if (interaction_.leanPreviewTarget)
         cancelInteraction();
-    auto found = presentation_.find(frameID);
-    if (found != presentation_.end() && found->second == settings)
+    auto found = view_.presentation.find(frameID);
+    if (found != view_.presentation.end() && found->second == settings)
         return;
-    presentation_[frameID] = settings;
+    view_.presentation[frameID] = settings;
     mark(presentationChange);
 }
 
@@ -75,22 +80,22 @@ const dravik::SinglePhotoCoaching* ReviewerModel::currentSinglePhotoCoaching() c
         return nullptr;
     if (auto current = pair(); current && current->hasReference())
         return nullptr;
-    auto found = singlePhotoCoaching_.find(active->id);
-    return found == singlePhotoCoaching_.end() ? nullptr : &found->second;
+    auto found = session_.companions.singlePhotoCoaching.find(active->id);
+    return found == session_.companions.singlePhotoCoaching.end() ? nullptr : &found->second;
 }
 
 std::optional<std::string> ReviewerModel::checklistSubjectID() const {
     if (auto current = pair())
         return dravik::CoachingChecklist::subjectID(*current);
-    return activeFrameID_;
+    return view_.activeFrameID;
 }
 
 bool ReviewerModel::checklistDirectionConflict() const {
     auto subject = checklistSubjectID();
     if (!subject)
         return false;
-    auto found = coachingChecklists_.find(*subject);
-    if (found == coachingChecklists_.end())
+    auto found = session_.companions.coachingChecklists.find(*subject);
+    if (found == session_.companions.coachingChecklists.end())
         return false;
     const dravik::PairReport* current = report();
     const auto direction =
@@ -102,8 +107,8 @@ const dravik::CoachingChecklistReview* ReviewerModel::currentCoachingChecklist()
     auto subject = checklistSubjectID();
     if (!subject || checklistDirectionConflict())
         return nullptr;
-    auto found = coachingChecklists_.find(*subject);
-    return found == coachingChecklists_.end() ? nullptr : &found->second;
+    auto found = session_.companions.coachingChecklists.find(*subject);
+    return found == session_.companions.coachingChecklists.end() ? nullptr : &found->second;
 }
 
 bool ReviewerModel::isUnsaved() const {
@@ -112,7 +117,8 @@ bool ReviewerModel::isUnsaved() const {
 }
 
 bool ReviewerModel::hasPreview() const {
-    return previewTarget_ || leanPreviewTarget_ || leanPlacementStart_;
+    return interaction_.previewTarget || interaction_.leanPreviewTarget ||
+           interaction_.leanPlacementStart;
 }
 
 } // namespace tessary

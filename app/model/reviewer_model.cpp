@@ -1,7 +1,7 @@
 #include "reviewer_model.h"
 
 #include "dravik/joints.h"
-#include "fresh_uuid.h"
+#include "environment/fresh_uuid.h"
 
 #include <algorithm>
 #include <utility>
@@ -9,19 +9,21 @@
 namespace tessary {
 
 ReviewerModel::ReviewerModel(Bundle bundle, std::shared_ptr<FileChooser> chooser, QObject* parent)
-    : QObject(parent), bundle_(std::move(bundle)), chooser_(std::move(chooser)),
-      canvasGeneration_(freshUuid()), sessionID_(freshUuid()) {}
+    : QObject(parent), bundle_(std::move(bundle)), chooser_(std::move(chooser)) {
+    interaction_.canvasGeneration = freshUuid();
+    session_.sessionID = freshUuid();
+}
 
 ReviewerModel::~ReviewerModel() = default;
 
-ReviewerModel::Batch::~Batch() {
-    if (--model_.batchDepth_ == 0)
+ReviewerModel::SignalHold::~SignalHold() {
+    if (--model_.holdDepth_ == 0)
         model_.flush();
 }
 
 void ReviewerModel::mark(std::uint32_t changes) {
     pending_ |= changes;
-    if (batchDepth_ == 0)
+    if (holdDepth_ == 0)
         flush();
 }
 
@@ -55,26 +57,18 @@ void ReviewerModel::flush() {
 }
 
 void ReviewerModel::setSnapshot(Snapshot snapshot) {
-    std::vector<dravik::ReviewPair> pairs;
-    try {
-        pairs = dravik::PairReview::resolve(snapshot.document().frames());
-    } catch (const std::exception&) {
-        // A document whose pairs cannot be resolved is still shown, frame by frame.
-    }
     snapshot_ = std::move(snapshot);
-    pairs_ = std::move(pairs);
     mark(snapshotChange);
 }
 
-void ReviewerModel::setImages(Photos photos) {
+void ReviewerModel::setImages(FramePhotos photos) {
     // A photo kept on screen is the same shared picture, which views need not redraw.
     const bool same =
-        std::equal(images_.begin(), images_.end(), photos.images.begin(), photos.images.end(),
-                   [](const auto& a, const auto& b) {
+        std::equal(photos_.images.begin(), photos_.images.end(), photos.images.begin(),
+                   photos.images.end(), [](const auto& a, const auto& b) {
                        return a.first == b.first && a.second.cacheKey() == b.second.cacheKey();
                    });
-    images_ = std::move(photos.images);
-    imageStamps_ = std::move(photos.stamps);
+    photos_ = std::move(photos);
     if (!same)
         mark(imagesChange);
 }
@@ -93,74 +87,63 @@ void ReviewerModel::pushUndo(ReviewUndo entry) {
 }
 
 void ReviewerModel::renewCanvasGeneration() {
-    canvasGeneration_ = freshUuid();
+    interaction_.canvasGeneration = freshUuid();
     mark(interactionChange);
 }
 
 void ReviewerModel::setViewportCenter(const std::string& frameID, const dravik::Point2& center) {
-    viewportCenters_[frameID] = center;
+    view_.viewportCenters[frameID] = center;
 }
 
 void ReviewerModel::setShowMarkers(bool on) {
-    Batch batch(*this);
-    assign(showMarkers_, on, viewOptionsChange);
+    SignalHold hold(*this);
+    assign(view_.showMarkers, on, viewOptionsChange);
 }
 
 void ReviewerModel::setInspectorVisible(bool on) {
-    Batch batch(*this);
-    assign(inspectorVisible_, on, viewOptionsChange);
+    SignalHold hold(*this);
+    assign(view_.inspectorVisible, on, viewOptionsChange);
 }
 
 void ReviewerModel::setSelected(const std::string& joint) {
-    Batch batch(*this);
+    SignalHold hold(*this);
     if (dravik::InspectionRenderer::jointID(joint))
-        assign(selected_, joint, selectionChange);
+        assign(view_.selected, joint, selectionChange);
 }
 
 void ReviewerModel::setPlacing(bool on) {
-    Batch batch(*this);
-    assign(placing_, on, interactionChange);
+    SignalHold hold(*this);
+    assign(interaction_.placing, on, interactionChange);
 }
 
 void ReviewerModel::setPreviewTarget(const std::optional<dravik::ReviewEditTarget>& target) {
-    Batch batch(*this);
-    assign(previewTarget_, target, interactionChange);
+    SignalHold hold(*this);
+    assign(interaction_.previewTarget, target, interactionChange);
 }
 
 void ReviewerModel::setHighlightedJoints(const std::set<std::string>& joints) {
-    Batch batch(*this);
-    assign(highlightedJoints_, joints, interactionChange);
+    SignalHold hold(*this);
+    assign(interaction_.highlightedJoints, joints, interactionChange);
 }
 
 void ReviewerModel::setShowLean(bool on) {
-    Batch batch(*this);
-    assign(showLean_, on, viewOptionsChange);
+    SignalHold hold(*this);
+    assign(view_.showLean, on, viewOptionsChange);
 }
 
 void ReviewerModel::setSelectedLeanHandle(dravik::LeanHandle handle) {
-    Batch batch(*this);
-    assign(selectedLeanHandle_, handle, selectionChange);
+    SignalHold hold(*this);
+    assign(view_.selectedLeanHandle, handle, selectionChange);
 }
 
 void ReviewerModel::setLeanPreviewTarget(const std::optional<LeanEditTarget>& target) {
-    Batch batch(*this);
-    assign(leanPreviewTarget_, target, interactionChange);
+    SignalHold hold(*this);
+    assign(interaction_.leanPreviewTarget, target, interactionChange);
 }
 
 void ReviewerModel::clearError() {
-    Batch batch(*this);
-    assign(error_, std::optional<std::string>(), errorChange);
-}
-
-void ReviewerModel::cancelInteraction() {
-    Batch batch(*this);
-    assign(previewTarget_, std::optional<dravik::ReviewEditTarget>(), interactionChange);
-    assign(placing_, false, interactionChange);
-    renewCanvasGeneration();
-    assign(highlightedJoints_, std::set<std::string>(), interactionChange);
-    assign(leanPreviewTarget_, std::optional<LeanEditTarget>(), interactionChange);
-    assign(leanPlacement_, std::optional<dravik::LeanHandle>(), interactionChange);
-    assign(leanPlacementStart_, std::optional<dravik::Point2>(), interactionChange);
+    SignalHold hold(*this);
+    assign(error_, std::nullopt, errorChange);
 }
 
 } // namespace tessary

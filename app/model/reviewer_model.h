@@ -1,7 +1,5 @@
 #pragma once
 
-#include "bundle.h"
-#include "dravik/analysis.h"
 #include "dravik/coaching.h"
 #include "dravik/detection.h"
 #include "dravik/geometry.h"
@@ -9,13 +7,18 @@
 #include "dravik/pairs.h"
 #include "dravik/review.h"
 #include "dravik/uuid.h"
-#include "file_chooser.h"
-#include "lean_edit_target.h"
-#include "photo_stamp.h"
-#include "presentation.h"
-#include "review_preset.h"
-#include "review_undo.h"
-#include "snapshot.h"
+#include "editing/commit.h"
+#include "environment/bundle.h"
+#include "environment/file_chooser.h"
+#include "opening/photo_loading.h"
+#include "opening/review_preset.h"
+#include "state/interaction_state.h"
+#include "state/lean_edit_target.h"
+#include "state/presentation.h"
+#include "state/review_undo.h"
+#include "state/session_state.h"
+#include "state/snapshot.h"
+#include "state/view_state.h"
 
 #include <QImage>
 #include <QObject>
@@ -37,6 +40,11 @@ namespace tessary {
 // thread. Each operation changes the state first and signals afterwards, once per concern, so a
 // listener always sees a consistent model; a listener that redraws on the signals of what it
 // shows never misses a change.
+//
+// The state is kept in parts (state/): the open session with its companion files, the view
+// (active photo, modes, per-photo settings) and the interaction in progress. Operations live in
+// the folder of their concern: opening/, editing/ (every document change goes through commit),
+// detection/ (the batch program's answers).
 class ReviewerModel : public QObject {
     Q_OBJECT
 
@@ -54,51 +62,59 @@ class ReviewerModel : public QObject {
     const std::string& discoveryStatus() const { return discoveryStatus_; }
     const std::vector<std::string>& discoveryFailures() const { return discoveryFailures_; }
     const std::optional<Snapshot>& snapshot() const { return snapshot_; }
-    bool compare() const { return compare_; }
-    bool showMarkers() const { return showMarkers_; }
-    bool inspectorVisible() const { return inspectorVisible_; }
-    const std::map<std::string, QImage>& images() const { return images_; }
-    const dravik::Uuid& canvasGeneration() const { return canvasGeneration_; }
-    const std::optional<dravik::ReviewEditTarget>& previewTarget() const { return previewTarget_; }
-    const std::set<std::string>& highlightedJoints() const { return highlightedJoints_; }
+    bool compare() const { return view_.compare; }
+    bool showMarkers() const { return view_.showMarkers; }
+    bool inspectorVisible() const { return view_.inspectorVisible; }
+    const std::map<std::string, QImage>& images() const { return photos_.images; }
+    const dravik::Uuid& canvasGeneration() const { return interaction_.canvasGeneration; }
+    const std::optional<dravik::ReviewEditTarget>& previewTarget() const {
+        return interaction_.previewTarget;
+    }
+    const std::set<std::string>& highlightedJoints() const {
+        return interaction_.highlightedJoints;
+    }
     std::optional<std::int64_t> savedRevision() const { return savedRevision_; }
-    const std::map<std::string, Presentation>& presentation() const { return presentation_; }
-    const std::optional<std::string>& activeFrameID() const { return activeFrameID_; }
-    const std::string& selected() const { return selected_; }
-    bool placing() const { return placing_; }
+    const std::map<std::string, Presentation>& presentation() const { return view_.presentation; }
+    const std::optional<std::string>& activeFrameID() const { return view_.activeFrameID; }
+    const std::string& selected() const { return view_.selected; }
+    bool placing() const { return interaction_.placing; }
     const std::string& message() const { return message_; }
     const std::optional<std::string>& error() const { return error_; }
     const std::vector<ReviewUndo>& undoStack() const { return undoStack_; }
-    bool leanMode() const { return leanMode_; }
-    bool showLean() const { return showLean_; }
-    dravik::LeanHandle selectedLeanHandle() const { return selectedLeanHandle_; }
-    const std::optional<LeanEditTarget>& leanPreviewTarget() const { return leanPreviewTarget_; }
-    std::optional<dravik::LeanHandle> leanPlacement() const { return leanPlacement_; }
-    const std::optional<dravik::Point2>& leanPlacementStart() const { return leanPlacementStart_; }
+    bool leanMode() const { return view_.leanMode; }
+    bool showLean() const { return view_.showLean; }
+    dravik::LeanHandle selectedLeanHandle() const { return view_.selectedLeanHandle; }
+    const std::optional<LeanEditTarget>& leanPreviewTarget() const {
+        return interaction_.leanPreviewTarget;
+    }
+    std::optional<dravik::LeanHandle> leanPlacement() const { return interaction_.leanPlacement; }
+    const std::optional<dravik::Point2>& leanPlacementStart() const {
+        return interaction_.leanPlacementStart;
+    }
     const std::map<std::string, dravik::LeanAnnotation>& leanProposals() const {
-        return leanProposals_;
+        return session_.leanProposals;
     }
 
     // Per-session state that changes only when a session opens (signalled by sessionChanged).
-    const dravik::Uuid& sessionID() const { return sessionID_; }
+    const dravik::Uuid& sessionID() const { return session_.sessionID; }
     const std::map<std::string, dravik::PixelRect>& framingRegions() const {
-        return framingRegions_;
+        return session_.companions.framingRegions;
     }
     const std::map<std::string, dravik::SinglePhotoCoaching>& singlePhotoCoaching() const {
-        return singlePhotoCoaching_;
+        return session_.companions.singlePhotoCoaching;
     }
     const std::optional<std::string>& singlePhotoCoachingError() const {
-        return singlePhotoCoachingError_;
+        return session_.companions.singlePhotoCoachingError;
     }
     const std::map<std::string, dravik::CoachingChecklistReview>& coachingChecklists() const {
-        return coachingChecklists_;
+        return session_.companions.coachingChecklists;
     }
     const std::optional<std::string>& coachingChecklistError() const {
-        return coachingChecklistError_;
+        return session_.companions.coachingChecklistError;
     }
     // Remembered viewport centres; views write them while scrolling, nobody is told.
     const std::map<std::string, dravik::Point2>& viewportCenters() const {
-        return viewportCenters_;
+        return view_.viewportCenters;
     }
     void setViewportCenter(const std::string& frameID, const dravik::Point2& center);
 
@@ -114,9 +130,10 @@ class ReviewerModel : public QObject {
     void setLeanPreviewTarget(const std::optional<LeanEditTarget>& target);
     void clearError();
 
-    // Derived values, computed from the state above.
+    // Derived values, computed from the state above (derived_values.cpp).
     const dravik::ReviewDocument* document() const;
     const dravik::PairReport* report() const;
+    const dravik::LeanReport* leanReport() const;
     const std::vector<dravik::ReviewPair>& pairs() const; // empty when they cannot be resolved
     std::optional<dravik::ReviewPair> pair() const;       // the pair of the active frame
     const dravik::ReviewFrame* frame() const;             // the active frame
@@ -131,37 +148,36 @@ class ReviewerModel : public QObject {
     bool isUnsaved() const;
     bool hasPreview() const;
 
-    // Opening sessions.
+    // Opening sessions (opening/session_opening.cpp).
     void loadPresets();
     void openPreset(const ReviewPreset& preset);
     void openSession();
     void load(const std::filesystem::path& manifest, const std::filesystem::path& results);
-    // Every frame's cropped photo keyed by frame id, and the ids in document order.
-    std::pair<std::map<std::string, QImage>, std::vector<std::string>>
-    loadImages(const dravik::ReviewDocument& document, const std::filesystem::path& manifest) const;
-    QImage loadImage(const dravik::ReviewFrame& frame, const std::filesystem::path& manifest) const;
-    Snapshot makeSnapshot(const std::optional<std::string>& pairID,
-                          std::shared_ptr<const dravik::ReviewDocument> document) const;
-    void publish(std::shared_ptr<const dravik::ReviewDocument> document);
     void activate(const std::string& frameID);
 
-    // Joint editing, undo and saving.
+    // Joint editing and the pair's context (editing/joint_editing.cpp).
     dravik::ReviewEditTarget target(const std::string& frameID, const std::string& joint) const;
     bool valid(const dravik::ReviewEditTarget& target) const;
     void edit(std::optional<dravik::Point2> point, dravik::JointReviewState state,
               const std::optional<dravik::ReviewEditTarget>& target = std::nullopt);
     void setState(dravik::JointReviewState state);
     void nudge(double dx, double dy, const std::string& frameID);
+    void updateContext(dravik::PairContext context);
+
+    // Undo and saving (editing/undo.cpp, editing/saving.cpp).
     void undo();
     bool save();
+
+    // Moving between photos and modes (editing/navigation.cpp).
     void selectFrame(std::int64_t index);
     void selectPair(const std::string& pairID);
     void setCompare(bool on);
-    void updateContext(dravik::PairContext context);
     void cancelInteraction();
 
-    // Lean editing.
+    // Lean editing (editing/lean_editing.cpp).
     std::optional<dravik::LeanAnnotation> lean(const std::string& frameID) const;
+    // The measurement of lines being dragged, which the snapshot cannot know yet.
+    std::optional<dravik::LeanMeasurement> measureLean(const dravik::LeanAnnotation& lines) const;
     LeanEditTarget leanTarget(const std::string& frameID) const;
     bool validLean(const LeanEditTarget& target) const;
     void commitLean(const dravik::LeanAnnotation& annotation, const LeanEditTarget& target);
@@ -172,8 +188,8 @@ class ReviewerModel : public QObject {
     void nudgeLean(double dx, double dy);
     void updateLeanContext(dravik::LeanPairContext context, bool approve = false);
 
-    // Detection retry and session discovery: the batch program runs on a background thread and
-    // its answer comes back to the GUI thread.
+    // Detection retry and session discovery (detection/): the batch program runs on a background
+    // thread and its answer comes back to the GUI thread.
     // How long the batch program may run before it is stopped; tests shorten these.
     struct BatchLimits {
         std::chrono::milliseconds poll{100};
@@ -200,7 +216,7 @@ class ReviewerModel : public QObject {
     void detectingChanged();  // isDetecting
     void discoveryChanged();  // isDiscovering, discoveryStatus, discoveryFailures
     void sessionChanged();    // another session opened: sessionID and its companion files
-    void snapshotChanged();   // the document and the report
+    void snapshotChanged();   // the document and everything derived from it
     void navigationChanged(); // activeFrameID, compare
     void imagesChanged();
     void viewOptionsChanged(); // showMarkers, inspectorVisible, leanMode, showLean
@@ -214,7 +230,7 @@ class ReviewerModel : public QObject {
     void errorChanged();
     void undoStackChanged();
     void leanProposalsChanged();
-    // Once after every batch of the signals above.
+    // Once after every round of the signals above.
     void changed();
 
   private:
@@ -238,12 +254,12 @@ class ReviewerModel : public QObject {
     };
 
     // Holds signals back until the outermost operation has finished changing the state.
-    class Batch {
+    class SignalHold {
       public:
-        explicit Batch(ReviewerModel& model) : model_(model) { ++model_.batchDepth_; }
-        ~Batch();
-        Batch(const Batch&) = delete;
-        Batch& operator=(const Batch&) = delete;
+        explicit SignalHold(ReviewerModel& model) : model_(model) { ++model_.holdDepth_; }
+        ~SignalHold();
+        SignalHold(const SignalHold&) = delete;
+        SignalHold& operator=(const SignalHold&) = delete;
 
       private:
         ReviewerModel& model_;
@@ -258,37 +274,37 @@ class ReviewerModel : public QObject {
         mark(change);
     }
 
-    // Decoded photos with the stamps of the files they came from.
-    struct Photos {
-        std::map<std::string, QImage> images;
-        std::map<std::string, PhotoStamp> stamps;
-    };
-
     void setSnapshot(Snapshot snapshot);
-    void setImages(Photos photos);
+    void setImages(FramePhotos photos);
     void setMessage(const std::string& text);
     void setError(const std::string& text);
     void pushUndo(ReviewUndo entry);
     void renewCanvasGeneration();
-
     std::optional<dravik::ReviewPair> pairOf(const std::string& frameID) const;
-    Photos readPhotos(const dravik::ReviewDocument& document,
-                      const std::filesystem::path& manifest) const;
+
+    // The one path of every change of the document (editing/commit.cpp): the change is made on a
+    // copy; nothing happens when it changes nothing; a failure sets `error` and leaves the
+    // snapshot as it was; otherwise the copy is published, `undo` recorded and the document saved.
+    // With `returnTo`, the model also moves to that photo (in Compare mode when its pair has a
+    // reference and Compare is on), all or nothing with the change.
+    CommitOutcome commit(const DocumentChange& change, std::optional<ReviewUndo> undo,
+                         const std::optional<std::string>& returnTo = std::nullopt);
+    // The snapshot of `document` for the pair with `pairID` and the session's lean proposals.
+    Snapshot snapshotOf(std::shared_ptr<const dravik::ReviewDocument> document,
+                        const std::optional<std::string>& pairID) const;
+    // A new snapshot of `document` for the current pair.
+    void publish(std::shared_ptr<const dravik::ReviewDocument> document);
     // The photos of these frames; a photo on screen whose file is unchanged is not decoded again.
-    Photos imagesFor(const std::vector<std::string>& frameIDs) const;
-    // Navigates to `frameID`, with its pair's photos in Compare mode and a snapshot of `document`
-    // for `reportPair`. All or nothing: a photo or analysis failure sets `error` and changes
-    // nothing else (false).
-    bool show(const std::string& frameID, const std::optional<dravik::ReviewPair>& pair,
-              bool compare, const std::optional<dravik::ReviewPair>& reportPair,
+    FramePhotos photosFor(const std::vector<std::string>& frameIDs) const;
+    // Navigates to `frameID`, with its pair's photos in Compare mode and a snapshot of `document`.
+    // All or nothing: a photo or analysis failure sets `error` and changes nothing else (false).
+    bool show(const std::string& frameID, bool compare,
               std::shared_ptr<const dravik::ReviewDocument> document);
-    void applyUndo(dravik::ReviewDocument& document, const ReviewUndo& entry,
-                   const std::optional<dravik::ReviewPair>& pair) const;
 
     Bundle bundle_;
     std::shared_ptr<FileChooser> chooser_;
     std::uint32_t pending_ = 0;
-    int batchDepth_ = 0;
+    int holdDepth_ = 0;
 
     bool isDetecting_ = false;
     std::vector<ReviewPreset> presets_;
@@ -297,39 +313,14 @@ class ReviewerModel : public QObject {
     std::vector<std::string> discoveryFailures_;
     bool discoveryStarted_ = false;
     std::optional<Snapshot> snapshot_;
-    std::vector<dravik::ReviewPair> pairs_; // resolved with every snapshot
-    bool compare_ = false;
-    bool showMarkers_ = true;
-    bool inspectorVisible_ = true;
-    std::map<std::string, QImage> images_;
-    std::map<std::string, PhotoStamp> imageStamps_;
-    dravik::Uuid canvasGeneration_;
-    std::optional<dravik::ReviewEditTarget> previewTarget_;
-    std::set<std::string> highlightedJoints_;
+    FramePhotos photos_;
     std::optional<std::int64_t> savedRevision_;
-    dravik::Uuid sessionID_;
-    std::map<std::string, dravik::PixelRect> framingRegions_;
-    std::map<std::string, dravik::Point2> viewportCenters_;
-    std::map<std::string, dravik::SinglePhotoCoaching> singlePhotoCoaching_;
-    std::optional<std::string> singlePhotoCoachingError_;
-    std::map<std::string, dravik::CoachingChecklistReview> coachingChecklists_;
-    std::optional<std::string> coachingChecklistError_;
-    std::map<std::string, Presentation> presentation_;
-    std::optional<std::string> activeFrameID_;
-    std::string selected_ = "left_elbow";
-    bool placing_ = false;
     std::string message_ = "Open a session to review its joints.";
     std::optional<std::string> error_;
     std::vector<ReviewUndo> undoStack_;
-    bool leanMode_ = false;
-    bool showLean_ = true;
-    dravik::LeanHandle selectedLeanHandle_ = dravik::LeanHandle::wheelA;
-    std::optional<LeanEditTarget> leanPreviewTarget_;
-    std::optional<dravik::LeanHandle> leanPlacement_;
-    std::optional<dravik::Point2> leanPlacementStart_;
-    std::map<std::string, dravik::LeanAnnotation> leanProposals_;
-    std::optional<std::filesystem::path> manifestURL_;
-    std::optional<std::filesystem::path> reviewURL_;
+    SessionState session_;
+    ViewState view_;
+    InteractionState interaction_;
     BatchLimits batchLimits_;
 };
 

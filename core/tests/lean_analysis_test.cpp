@@ -153,6 +153,58 @@ TEST_F(LeanPairTest, NoComparisonAcrossBasesFeaturesOrMissingMeasurements) {
     EXPECT_FALSE(compare());
 }
 
+TEST_F(LeanPairTest, ReportMeasuresShownLinesAndSaysWhyNothingCompares) {
+    const auto report = [&](const std::map<std::string, LeanAnnotation>& proposals = {}) {
+        return LeanAnalysis::report(document, leantest::pair(), proposals);
+    };
+    LeanReport full = report();
+    EXPECT_EQ(full.comparison, compare());
+    EXPECT_FALSE(full.gap);
+    EXPECT_EQ(full.evidenceDigest, digest());
+    EXPECT_EQ(full.frame("p1/rider")->measurement, LeanAnalysis::measure(rider));
+    EXPECT_NEAR(full.frame("p1/rider")->measurement->referenceOrientation,
+                LeanAnalysis::orientation(*rider.reference), 1e-12);
+    EXPECT_FALSE(full.approved);
+
+    LeanPairContext approval;
+    approval.pairID = "p1";
+    approval.approvalDigest = digest();
+    document.setLeanPairContext("p1", approval);
+    EXPECT_TRUE(report().approved);
+    LeanAnnotation moved = reference;
+    moved.wheel->b.x += 3;
+    put(moved);
+    EXPECT_FALSE(report().approved) << "the approval names the old evidence";
+
+    // A proposal is shown and measured, but only saved lines are compared.
+    document.setLeanAnnotation("p1/ref", std::nullopt);
+    const LeanReport proposed = report({{"p1/ref", reference}});
+    EXPECT_EQ(proposed.frame("p1/ref")->annotation, reference);
+    EXPECT_TRUE(proposed.frame("p1/ref")->measurement);
+    EXPECT_EQ(proposed.gap->explanation,
+              "The Reference rider’s photo has no saved lean lines yet.");
+
+    LeanAnnotation unobservable = reference;
+    unobservable.wheelNotObservable = true;
+    put(unobservable);
+    EXPECT_EQ(report().gap->kind, LeanComparisonGap::Kind::unmeasurable);
+    EXPECT_EQ(
+        report().gap->explanation,
+        "The Reference rider’s lines cannot be measured: the wheel is marked not observable.");
+    LeanAnnotation shared = reference;
+    shared.basis = LeanBasis::sharedFeature;
+    put(shared);
+    EXPECT_EQ(report().gap->kind, LeanComparisonGap::Kind::differentBases);
+    LeanAnnotation noWheel = rider;
+    noWheel.setWheel(std::nullopt);
+    put(noWheel);
+    EXPECT_EQ(report().gap->explanation, "The Rider’s photo has no wheel axis.");
+
+    const LeanReport alone = LeanAnalysis::report(document, std::nullopt, {});
+    EXPECT_FALSE(alone.comparable || alone.gap || alone.evidenceDigest);
+    EXPECT_EQ(alone.frames.size(), 2u);
+}
+
 TEST_F(LeanPairTest, DigestFollowsExactlyTheEvidence) {
     const std::string original = digest();
     EXPECT_TRUE(json::isContentHash(original));

@@ -83,6 +83,31 @@ TEST(LeanAnnotationEdit, HandlesReadAndMoveOnlyTheirOwnEndpoint) {
     EXPECT_EQ(a.wheel, line(11, 19, 30, 40));
     a.setReference(line(0, 210, 100, 210));
     EXPECT_FALSE(a.referenceReviewed) << "a new line is not the one that was reviewed";
+
+    a.markWheelNotObservable();
+    EXPECT_TRUE(a.wheelNotObservable && !a.wheelReviewed);
+    a.confirmWheel();
+    EXPECT_TRUE(a.wheelReviewed && !a.wheelNotObservable) << "a confirmed wheel is observable";
+    a.setWheel(line(10, 20, 30, 40));
+    EXPECT_FALSE(a.wheelReviewed || a.wheelNotObservable);
+}
+
+TEST(LeanAnnotationEdit, UncertaintyStepsInWholePixelsWithinItsBounds) {
+    LeanAnnotation a(leantest::riderFrame(), line(10, 20, 30, 40, 1.5));
+    EXPECT_FALSE(a.stepUncertainty(LeanLineKind::reference, 1)) << "no reference line";
+    EXPECT_TRUE(a.stepUncertainty(LeanLineKind::wheel, 1));
+    EXPECT_EQ(a.wheel->uncertainty, 2.5);
+    EXPECT_TRUE(a.stepUncertainty(LeanLineKind::wheel, -1));
+    EXPECT_TRUE(a.stepUncertainty(LeanLineKind::wheel, -1));
+    EXPECT_EQ(a.wheel->uncertainty, minSteppedLeanUncertainty) << "clamped, not left at 0.5";
+    EXPECT_FALSE(a.canStepUncertainty(LeanLineKind::wheel, -1));
+    a.wheel->uncertainty = maxLeanUncertainty - 0.5;
+    EXPECT_TRUE(a.stepUncertainty(LeanLineKind::wheel, 1));
+    EXPECT_EQ(a.wheel->uncertainty, maxLeanUncertainty);
+    const LeanAnnotation atTop = a;
+    EXPECT_FALSE(a.stepUncertainty(LeanLineKind::wheel, 1));
+    EXPECT_EQ(a, atTop);
+    EXPECT_EQ(LeanLine{}.uncertainty, placedLeanUncertainty);
 }
 
 TEST(LeanAnnotationValidate, RefusesWithASentenceNamingThePhoto) {

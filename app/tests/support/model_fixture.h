@@ -1,7 +1,7 @@
 #pragma once
 
 #include "dravik/review.h"
-#include "file_chooser.h"
+#include "environment/file_chooser.h"
 #include "reviewer_model.h"
 
 #include <deque>

@@ -1,7 +1,7 @@
+#include "environment/sample_copy.h"
 #include "shell/review_toolbar.h"
 #include "shell/review_window.h"
 #include "shell/reviewer_view.h"
-#include "shell/sample_copy.h"
 #include "shell/segmented_picker.h"
 #include "shell/tessary_app.h"
 #include "views_fixture.h"

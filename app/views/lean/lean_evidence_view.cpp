@@ -2,7 +2,7 @@
 
 #include "common/text_format.h"
 #include "common/widgets.h"
-#include "dravik/lean_analysis.h"
+#include "dravik/lean_report.h"
 #include "reviewer_model.h"
 
 #include <QCheckBox>
@@ -30,10 +30,9 @@ const Check checks[] = {
     {u"Camera roll comparable (image vertical)", &dravik::LeanPairContext::cameraRollComparable},
 };
 
-QString measurementLine(const dravik::ReviewFrame& frame,
-                        const std::optional<dravik::LeanAnnotation>& annotation) {
+QString measurementLine(const dravik::ReviewFrame& frame, const dravik::LeanFrameEvidence* shown) {
     const QString name = QString::fromStdString(frame.riderDisplayName);
-    const auto measured = annotation ? dravik::LeanAnalysis::measure(*annotation) : std::nullopt;
+    const auto& measured = shown ? shown->measurement : std::nullopt;
     if (!measured)
         return name + u": wheel angle unavailable; place or review the lines."_s;
     return name + u": "_s + whole(measured->angle) + u"° · "_s + qText(measured->wording()) +
@@ -42,19 +41,14 @@ QString measurementLine(const dravik::ReviewFrame& frame,
            whole(measured->low()) + u"° to "_s + whole(measured->high()) + u"°"_s;
 }
 
-QString comparisonLine(const dravik::ReviewDocument& document, const dravik::ReviewPair& pair) {
-    std::optional<dravik::LeanComparison> comparison;
-    try {
-        comparison = dravik::LeanAnalysis::compare(document, pair);
-    } catch (const std::exception&) {
-        // A pair the analysis refuses simply has no comparison to show.
-    }
-    if (!comparison)
+QString comparisonLine(const dravik::LeanReport& report) {
+    if (!report.comparison)
         return u"Comparison unavailable."_s;
+    const dravik::LeanComparison& comparison = *report.comparison;
     return QString::fromUtf8(RiderLabels::rider) + u" − "_s +
            QString::fromUtf8(RiderLabels::reference) + u": "_s +
-           signedWhole(comparison->difference) + u"° ["_s + signedWhole(comparison->low()) +
-           u"°, "_s + signedWhole(comparison->high()) + u"°] annotation sensitivity"_s;
+           signedWhole(comparison.difference) + u"° ["_s + signedWhole(comparison.low()) +
+           u"°, "_s + signedWhole(comparison.high()) + u"°] annotation sensitivity"_s;
 }
 
 } // namespace
@@ -140,10 +134,11 @@ void LeanEvidenceView::refresh() {
     refreshStatus();
     clearLayout(measurements_);
     const dravik::ReviewDocument* document = model_.document();
+    const dravik::LeanReport* report = model_.leanReport();
     if (document)
         for (const std::string& id : model_.visibleIDs())
             if (const dravik::ReviewFrame* frame = model_.frame(id))
-                measurements_->addWidget(textLabel(measurementLine(*frame, model_.lean(id))));
+                measurements_->addWidget(textLabel(measurementLine(*frame, report->frame(id))));
 
     const auto pair = model_.pair();
     const bool comparing = document && model_.compare() && pair && pair->hasReference();
@@ -152,7 +147,7 @@ void LeanEvidenceView::refresh() {
         return;
     const dravik::LeanPairContext* stored = document->leanPairContext(pair->id);
     const dravik::LeanPairContext context = stored ? *stored : dravik::LeanPairContext();
-    readout_->setText(comparisonLine(*document, *pair));
+    readout_->setText(comparisonLine(*report));
     speedReadout_->setVisible(context.similarSpeed);
     for (qsizetype i = 0; i < checks_.size(); ++i) {
         const QSignalBlocker block(checks_[i]);
@@ -164,13 +159,7 @@ void LeanEvidenceView::refresh() {
     }
     approve_->setEnabled(context.checksComplete());
     // Shown pressed while the approval still names the evidence on screen.
-    bool approved = false;
-    try {
-        approved = context.approvalDigest == dravik::LeanAnalysis::evidenceDigest(*document, *pair);
-    } catch (const std::exception&) {
-        // Evidence the analysis refuses cannot carry an approval.
-    }
-    approve_->setChecked(approved);
+    approve_->setChecked(report->approved);
 }
 
 } // namespace tessary

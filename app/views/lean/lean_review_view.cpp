@@ -23,12 +23,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Below one pixel the "%.0f" readout would show 0 or 1 for several different values.
-constexpr double uncertaintyStep = 1.0;
-constexpr double lowestSteppedUncertainty = std::max(1.0, dravik::minLeanUncertainty);
-
 QString uncertaintyText(const char* what, const std::optional<dravik::LeanLine>& line) {
-    const double value = line ? line->uncertainty : 3.0;
+    const double value = line ? line->uncertainty : dravik::placedLeanUncertainty;
     return QString::fromUtf8(what) + u": ±"_s + whole(value) + u" px"_s;
 }
 
@@ -137,21 +133,25 @@ LeanReviewView::LeanReviewView(ReviewerModel& model, QWidget* parent)
     auto* uncertainties = new QGridLayout;
     wheelUncertainty_ = textLabel({}, this);
     referenceUncertainty_ = textLabel({}, this);
-    const auto addStepper = [&](int row, QLabel* label, bool reference, const QString& what,
-                                QList<QToolButton*>& steps) {
+    const auto addStepper = [&](int row, QLabel* label, dravik::LeanLineKind kind,
+                                const QString& what, QList<QToolButton*>& steps) {
         uncertainties->addWidget(label, row, 0);
         QToolButton* down = smallButton(u"−"_s, u"Decrease "_s + what, this);
         QToolButton* up = smallButton(u"+"_s, u"Increase "_s + what, this);
-        connect(down, &QToolButton::clicked, this,
-                [this, reference] { stepUncertainty(reference, -uncertaintyStep); });
-        connect(up, &QToolButton::clicked, this,
-                [this, reference] { stepUncertainty(reference, uncertaintyStep); });
+        for (auto [button, steps] : {std::pair{down, -1}, std::pair{up, 1}})
+            connect(button, &QToolButton::clicked, this, [this, kind, steps] {
+                model_.changeLean([kind, steps](dravik::LeanAnnotation& annotation) {
+                    annotation.stepUncertainty(kind, steps);
+                });
+            });
         uncertainties->addWidget(down, row, 1);
         uncertainties->addWidget(up, row, 2);
         steps = {down, up};
     };
-    addStepper(0, wheelUncertainty_, false, u"wheel uncertainty"_s, wheelSteps_);
-    addStepper(1, referenceUncertainty_, true, u"reference uncertainty"_s, referenceSteps_);
+    addStepper(0, wheelUncertainty_, dravik::LeanLineKind::wheel, u"wheel uncertainty"_s,
+               wheelSteps_);
+    addStepper(1, referenceUncertainty_, dravik::LeanLineKind::reference,
+               u"reference uncertainty"_s, referenceSteps_);
     uncertainties->setColumnStretch(0, 1);
     layout->addLayout(uncertainties);
 
@@ -162,16 +162,11 @@ LeanReviewView::LeanReviewView(ReviewerModel& model, QWidget* parent)
     for (QPushButton* button : {confirmWheel_, markUnobservable_, clearWheel_, clearReference_})
         layout->addWidget(button);
     connect(confirmWheel_, &QPushButton::clicked, this, [this] {
-        model_.changeLean([](dravik::LeanAnnotation& annotation) {
-            annotation.wheelReviewed = true;
-            annotation.wheelNotObservable = false;
-        });
+        model_.changeLean([](dravik::LeanAnnotation& annotation) { annotation.confirmWheel(); });
     });
     connect(markUnobservable_, &QPushButton::clicked, this, [this] {
-        model_.changeLean([](dravik::LeanAnnotation& annotation) {
-            annotation.wheelNotObservable = true;
-            annotation.wheelReviewed = false;
-        });
+        model_.changeLean(
+            [](dravik::LeanAnnotation& annotation) { annotation.markWheelNotObservable(); });
     });
     connect(clearWheel_, &QPushButton::clicked, this, [this] {
         model_.changeLean(
@@ -191,15 +186,6 @@ LeanReviewView::LeanReviewView(ReviewerModel& model, QWidget* parent)
                         &ReviewerModel::selectionChanged, &ReviewerModel::leanProposalsChanged})
         connect(&model_, signal, this, &LeanReviewView::refresh);
     refresh();
-}
-
-void LeanReviewView::stepUncertainty(bool reference, double step) {
-    model_.changeLean([reference, step](dravik::LeanAnnotation& annotation) {
-        std::optional<dravik::LeanLine>& line = reference ? annotation.reference : annotation.wheel;
-        if (line)
-            line->uncertainty = std::clamp(line->uncertainty + step, lowestSteppedUncertainty,
-                                           dravik::maxLeanUncertainty);
-    });
 }
 
 void LeanReviewView::commitFeatureID() {
@@ -274,13 +260,12 @@ void LeanReviewView::refresh() {
         uncertaintyText("Wheel uncertainty", annotation ? annotation->wheel : std::nullopt));
     referenceUncertainty_->setText(uncertaintyText(
         "Reference uncertainty", annotation ? annotation->reference : std::nullopt));
-    const auto enableSteps = [](const QList<QToolButton*>& steps,
-                                const std::optional<dravik::LeanLine>& line) {
-        steps[0]->setEnabled(line && line->uncertainty > lowestSteppedUncertainty);
-        steps[1]->setEnabled(line && line->uncertainty < dravik::maxLeanUncertainty);
+    const auto enableSteps = [&](const QList<QToolButton*>& steps, dravik::LeanLineKind kind) {
+        steps[0]->setEnabled(annotation && annotation->canStepUncertainty(kind, -1));
+        steps[1]->setEnabled(annotation && annotation->canStepUncertainty(kind, 1));
     };
-    enableSteps(wheelSteps_, annotation ? annotation->wheel : std::nullopt);
-    enableSteps(referenceSteps_, annotation ? annotation->reference : std::nullopt);
+    enableSteps(wheelSteps_, dravik::LeanLineKind::wheel);
+    enableSteps(referenceSteps_, dravik::LeanLineKind::reference);
 
     // Confirming must change what the annotation says about the wheel.
     confirmWheel_->setEnabled(hasWheel &&

@@ -22,7 +22,6 @@ class LeanReviewView : public QWidget {
 
   private:
     void refresh();
-    void stepUncertainty(bool reference, double step);
     void commitFeatureID();
 
     ReviewerModel& model_;

@@ -90,11 +90,11 @@ JointInspector::JointInspector(ReviewerModel& model, QWidget* parent)
         Qt::QueuedConnection);
     connect(place_, &QPushButton::clicked, this, [this] { model_.setPlacing(!model_.placing()); });
     connect(confirm_, &QPushButton::clicked, this,
-            [this] { model_.setState(dravik::allJointReviewStates[1]); });
+            [this] { model_.setState(dravik::JointReviewState::confirmedVisible); });
     connect(obscured_, &QPushButton::clicked, this,
-            [this] { model_.setState(dravik::allJointReviewStates[2]); });
+            [this] { model_.setState(dravik::JointReviewState::obscured); });
     connect(uncertain_, &QPushButton::clicked, this,
-            [this] { model_.setState(dravik::allJointReviewStates[3]); });
+            [this] { model_.setState(dravik::JointReviewState::uncertain); });
 
     for (auto signal : {&ReviewerModel::snapshotChanged, &ReviewerModel::navigationChanged,
                         &ReviewerModel::selectionChanged, &ReviewerModel::interactionChanged,

@@ -1,7 +1,7 @@
 #include "shell/tessary_app.h"
 
-#include "file_chooser.h"
 #include "reviewer_model.h"
+#include "shell/dialog_file_chooser.h"
 #include "shell/review_window.h"
 
 #include <QScreen>

@@ -2,6 +2,7 @@
 
 #include "dravik/geometry.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -11,10 +12,13 @@ namespace dravik {
 
 struct ReviewFrame;
 
+// A hand-placed endpoint is trusted to about this many source pixels.
+inline constexpr double placedLeanUncertainty = 3.0;
+
 struct LeanLine {
     Point2 a;
     Point2 b;
-    double uncertainty = 3.0; // endpoint uncertainty, source pixels
+    double uncertainty = placedLeanUncertainty; // endpoint uncertainty, source pixels
     bool operator==(const LeanLine&) const = default;
 };
 
@@ -46,6 +50,12 @@ inline constexpr double minLeanUncertainty = 0.5; // source pixels
 inline constexpr double maxLeanUncertainty = 50.0;
 inline constexpr double minLeanLineLength = 1.0; // shorter lines have no direction worth measuring
 inline constexpr std::size_t maxLeanTextLength = 100; // feature ID and provenance, in characters
+// The reviewer steps an uncertainty by whole pixels: below one pixel a "%.0f" readout would show
+// the same figure for different values.
+inline constexpr double leanUncertaintyStep = 1.0;
+inline constexpr double minSteppedLeanUncertainty = std::max(1.0, minLeanUncertainty);
+
+enum class LeanLineKind { wheel, reference };
 
 // The lean lines of one frame.
 struct LeanAnnotation {
@@ -74,6 +84,17 @@ struct LeanAnnotation {
     // Replace or remove a line, clearing the flags that spoke about the old one.
     void setWheel(std::optional<LeanLine> line);
     void setReference(std::optional<LeanLine> line);
+    void setLine(LeanLineKind kind, std::optional<LeanLine> line);
+    const std::optional<LeanLine>& line(LeanLineKind kind) const;
+
+    // The reviewer saw the wheel and confirms its axis; a wheel can be one or the other.
+    void confirmWheel();
+    void markWheelNotObservable();
+    // Moves a line's endpoint uncertainty by `steps` whole steps, kept within
+    // [minSteppedLeanUncertainty, maxLeanUncertainty]; false when the line is absent or at the
+    // bound already, and then nothing changes.
+    bool stepUncertainty(LeanLineKind kind, int steps);
+    bool canStepUncertainty(LeanLineKind kind, int steps) const;
 };
 
 // The reviewer's comparability checks for a pair's lean comparison.

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "dravik/lean.h"
+#include "dravik/lean_report.h"
 
 #include <filesystem>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -12,33 +14,6 @@ namespace dravik {
 
 class ReviewDocument;
 struct ReviewPair;
-
-// The angle between a frame's wheel axis and its reference line, as seen in the photo.
-struct LeanMeasurement {
-    double angle = 0;       // degrees in (−90°, 90°]; positive when the wheel's top leans right
-    double sensitivity = 0; // half-width of the annotation-sensitivity interval, degrees
-    LeanBasis basis = LeanBasis::assumedLevel;
-    std::string featureID; // blanks trimmed; empty for the assumed-level basis
-    bool reviewed = false; // both lines reviewed
-    bool operator==(const LeanMeasurement&) const = default;
-
-    double low() const { return angle - sensitivity; }
-    double high() const { return angle + sensitivity; }
-    std::string_view title() const;   // "2D wheel lean" or "Wheel-to-feature orientation"
-    std::string_view wording() const; // "2D wheel lean" or "wheel-to-feature orientation"
-};
-
-// Rider − Reference rider, both measured on the same basis.
-struct LeanComparison {
-    double difference = 0;  // degrees
-    double sensitivity = 0; // the two frames' sensitivities added
-    LeanMeasurement rider;
-    LeanMeasurement reference;
-    bool operator==(const LeanComparison&) const = default;
-
-    double low() const { return difference - sensitivity; }
-    double high() const { return difference + sensitivity; }
-};
 
 namespace LeanAnalysis {
 // None when a line is missing or shorter than minLeanLineLength, or the wheel is not observable.
@@ -54,7 +29,10 @@ double orientation(const LeanLine& line);
 double wrap(double degrees);
 // atan(2u / length) in degrees: how far the line may turn if each endpoint is off by u.
 double sensitivity(const LeanLine& line);
-std::string_view limitations();
+// The lean report of a document; `pair` is the current pair (if any), `proposals` the
+// machine-proposed lines shown for frames that have none saved.
+LeanReport report(const ReviewDocument& document, const std::optional<ReviewPair>& pair,
+                  const std::map<std::string, LeanAnnotation>& proposals);
 } // namespace LeanAnalysis
 
 namespace LeanReview {

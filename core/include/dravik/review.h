@@ -99,6 +99,8 @@ class ReviewDocument {
     }
 
     bool operator==(const ReviewDocument&) const = default;
+    // Equal in everything but the revision.
+    bool sameContent(const ReviewDocument& other) const;
 
   private:
     ReviewFrame& mutableFrame(std::size_t index);

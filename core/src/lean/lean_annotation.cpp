@@ -4,6 +4,7 @@
 #include "lean/lean_rules.h"
 
 #include "json/json_reader.h"
+#include <algorithm>
 #include <utility>
 
 namespace dravik {
@@ -75,6 +76,44 @@ void LeanAnnotation::setWheel(std::optional<LeanLine> line) {
 void LeanAnnotation::setReference(std::optional<LeanLine> line) {
     reference = std::move(line);
     referenceReviewed = false;
+}
+
+void LeanAnnotation::setLine(LeanLineKind kind, std::optional<LeanLine> line) {
+    if (kind == LeanLineKind::reference)
+        setReference(std::move(line));
+    else
+        setWheel(std::move(line));
+}
+
+const std::optional<LeanLine>& LeanAnnotation::line(LeanLineKind kind) const {
+    return kind == LeanLineKind::reference ? reference : wheel;
+}
+
+void LeanAnnotation::confirmWheel() {
+    wheelReviewed = true;
+    wheelNotObservable = false;
+}
+
+void LeanAnnotation::markWheelNotObservable() {
+    wheelNotObservable = true;
+    wheelReviewed = false;
+}
+
+bool LeanAnnotation::canStepUncertainty(LeanLineKind kind, int steps) const {
+    const auto& stepped = line(kind);
+    if (!stepped || steps == 0)
+        return false;
+    return steps < 0 ? stepped->uncertainty > minSteppedLeanUncertainty
+                     : stepped->uncertainty < maxLeanUncertainty;
+}
+
+bool LeanAnnotation::stepUncertainty(LeanLineKind kind, int steps) {
+    if (!canStepUncertainty(kind, steps))
+        return false;
+    auto& stepped = kind == LeanLineKind::reference ? reference : wheel;
+    stepped->uncertainty = std::clamp(stepped->uncertainty + steps * leanUncertaintyStep,
+                                      minSteppedLeanUncertainty, maxLeanUncertainty);
+    return true;
 }
 
 } // namespace dravik

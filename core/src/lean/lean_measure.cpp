@@ -55,6 +55,7 @@ std::optional<LeanMeasurement> measure(const LeanAnnotation& annotation) {
     if (annotation.basis == LeanBasis::sharedFeature)
         result.featureID = lean::trimmed(annotation.featureID);
     result.reviewed = annotation.wheelReviewed && annotation.referenceReviewed;
+    result.referenceOrientation = orientation(*annotation.reference);
     return result;
 }
 

@@ -10,6 +10,13 @@ ReviewDocument::ReviewDocument(std::string identity, std::vector<ReviewFrame> fr
                                std::int64_t revision)
     : identity_(std::move(identity)), revision_(revision), frames_(std::move(frames)) {}
 
+bool ReviewDocument::sameContent(const ReviewDocument& other) const {
+    return identity_ == other.identity_ && frames_ == other.frames_ &&
+           leanAnnotations_ == other.leanAnnotations_ && pairContexts_ == other.pairContexts_ &&
+           leanPairContexts_ == other.leanPairContexts_ &&
+           pairAssessments_ == other.pairAssessments_;
+}
+
 const ReviewFrame* ReviewDocument::frame(std::string_view id) const {
     auto index = frameIndex(id);
     return index ? &frames_[*index] : nullptr;

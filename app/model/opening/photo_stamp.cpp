@@ -1,4 +1,4 @@
-#include "photo_stamp.h"
+#include "opening/photo_stamp.h"
 
 #include <sys/stat.h>
 

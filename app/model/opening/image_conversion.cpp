@@ -1,4 +1,4 @@
-#include "image_conversion.h"
+#include "opening/image_conversion.h"
 
 #include <memory>
 #include <vector>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "bundle.h"
+#include "environment/bundle.h"
 
 #include <filesystem>
 #include <optional>

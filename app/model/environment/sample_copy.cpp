@@ -1,4 +1,4 @@
-#include "shell/sample_copy.h"
+#include "environment/sample_copy.h"
 
 #include <QString>
 #include <system_error>

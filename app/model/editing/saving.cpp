@@ -4,15 +4,15 @@
 namespace tessary {
 
 bool ReviewerModel::save() {
-    Batch batch(*this);
+    SignalHold hold(*this);
     const dravik::ReviewDocument* current = document();
-    if (!current || !reviewURL_)
+    if (!current || !session_.reviewURL)
         return true;
     if (savedRevision_ == current->revision())
         return true;
     try {
         // Refused when someone else changed the file since this model last read or wrote it.
-        dravik::ReviewStore::save(*current, *reviewURL_, savedRevision_);
+        dravik::ReviewStore::save(*current, *session_.reviewURL, savedRevision_);
     } catch (const std::exception& failure) {
         setError(failure.what());
         setMessage("Unsaved changes \u2014 save failed");

@@ -1,4 +1,4 @@
-#include "fresh_uuid.h"
+#include "environment/fresh_uuid.h"
 
 #include <QByteArray>
 #include <QUuid>

@@ -1,4 +1,4 @@
-#include "bundle.h"
+#include "environment/bundle.h"
 
 #include <QCoreApplication>
 #include <QFile>

@@ -1,4 +1,4 @@
-#include "file_chooser.h"
+#include "shell/dialog_file_chooser.h"
 
 #include <QFileDialog>
 

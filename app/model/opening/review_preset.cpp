@@ -1,6 +1,6 @@
-#include "review_preset.h"
+#include "opening/review_preset.h"
 
-#include "bundle.h"
+#include "environment/bundle.h"
 
 #include <QByteArray>
 #include <QJsonArray>

@@ -1,7 +1,9 @@
+#include "detection/detection_retry.h"
+
 #include "dravik/error.h"
 #include "dravik/manifest.h"
 #include "dravik/store.h"
-#include "fresh_uuid.h"
+#include "environment/fresh_uuid.h"
 #include "gui_thread.h"
 #include "retry_worker.h"
 #include "reviewer_model.h"
@@ -18,9 +20,10 @@ namespace {
 
 const std::string retryFailed = "Retry failed \u00b7 existing joints preserved";
 
-// The retry request for a frame's rider photo, or none when the manifest no longer lists it.
-std::optional<dravik::RetryRequest> requestFor(const dravik::ReviewFrame& frame,
-                                               const fs::path& manifestFile, bool fullPhoto) {
+} // namespace
+
+std::optional<dravik::RetryRequest> retryRequestFor(const dravik::ReviewFrame& frame,
+                                                    const fs::path& manifestFile, bool fullPhoto) {
     const dravik::SessionManifest manifest = dravik::SessionManifest::load(manifestFile);
     auto pair = std::find_if(manifest.pairs.begin(), manifest.pairs.end(),
                              [&](const dravik::PairInput& p) { return p.id == frame.pairID; });
@@ -34,13 +37,19 @@ std::optional<dravik::RetryRequest> requestFor(const dravik::ReviewFrame& frame,
                                 rider->sourceHash, fullPhoto ? rider->panel : rider->crop};
 }
 
-} // namespace
+std::vector<const dravik::DravikResult*> usableResults(const dravik::DetectionRetry& retry) {
+    std::vector<const dravik::DravikResult*> usable;
+    for (const auto& result : {&retry.primary, &retry.refined})
+        if (*result && (*result)->usable())
+            usable.push_back(&**result);
+    return usable;
+}
 
 void ReviewerModel::retryDetection(bool fullPhoto) {
-    Batch batch(*this);
+    SignalHold hold(*this);
     if (isDetecting_)
         return;
-    if (!frame() || !manifestURL_ || !reviewURL_)
+    if (!frame() || !session_.manifestURL || !session_.reviewURL)
         return;
     if (!save())
         return;
@@ -48,7 +57,7 @@ void ReviewerModel::retryDetection(bool fullPhoto) {
 
     std::optional<dravik::RetryRequest> request;
     try {
-        request = requestFor(current, *manifestURL_, fullPhoto);
+        request = retryRequestFor(current, *session_.manifestURL, fullPhoto);
     } catch (const std::exception& failure) {
         setError(failure.what());
         return;
@@ -58,8 +67,8 @@ void ReviewerModel::retryDetection(bool fullPhoto) {
 
     const fs::path helper = bundle_.batchProgram();
     const fs::path directory =
-        reviewURL_->parent_path() / "detection-retries" / freshUuid().upperText();
-    const dravik::Uuid session = sessionID_;
+        session_.reviewURL->parent_path() / "detection-retries" / freshUuid().upperText();
+    const dravik::Uuid session = session_.sessionID;
     const std::string frameID = current.id;
     const ChildLimits limits{batchLimits_.retryTimeout, batchLimits_.retryGrace, batchLimits_.poll};
     assign(isDetecting_, true, detectingChange);
@@ -77,7 +86,7 @@ void ReviewerModel::retryDetection(bool fullPhoto) {
         onGuiThread([model, outcome = std::move(outcome), frameID, session] {
             if (!model)
                 return;
-            Batch answered(*model);
+            SignalHold answered(*model);
             try {
                 if (const auto* failure = std::get_if<std::string>(&outcome))
                     throw dravik::DravikError(*failure);
@@ -93,22 +102,20 @@ void ReviewerModel::retryDetection(bool fullPhoto) {
 
 void ReviewerModel::acceptRetry(const dravik::DetectionRetry& retry, const std::string& frameID,
                                 const dravik::Uuid& session) {
-    Batch batch(*this);
-    if (session != sessionID_ || !document())
+    SignalHold hold(*this);
+    if (session != session_.sessionID || !document())
         return;
     const std::optional<std::size_t> index = document()->frameIndex(frameID);
     if (!index)
         return;
-    auto changed = std::make_shared<dravik::ReviewDocument>(*document());
-    changed->addRetry(*index, retry);
-    publish(std::move(changed));
-
-    std::vector<const dravik::DravikResult*> usable;
-    for (const auto& result : {&retry.primary, &retry.refined})
-        if (*result && (*result)->usable())
-            usable.push_back(&**result);
-    if (!save())
+    // A retry only adds candidate points; it is not an undoable edit.
+    const auto outcome = commit(
+        [&](dravik::ReviewDocument& document) { document.addRetry(*index, retry); }, std::nullopt);
+    if (outcome == CommitOutcome::refused)
+        setMessage(retryFailed);
+    if (outcome != CommitOutcome::saved)
         return;
+    const auto usable = usableResults(retry);
     setMessage(usable.empty() ? "No usable pose found. Existing points preserved \u00b7 "
                                 "automatically saved."
                               : "Retry automatically saved \u00b7 new points need review; your "

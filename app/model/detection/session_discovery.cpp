@@ -1,3 +1,5 @@
+#include "detection/session_discovery.h"
+
 #include "dravik/discovery.h"
 #include "gui_thread.h"
 #include "reviewer_model.h"
@@ -17,7 +19,9 @@ std::string folderName(const fs::path& folder) {
                                  : folder.parent_path().filename().string();
 }
 
-std::string summary(const dravik::SessionDiscoveryReport& report) {
+} // namespace
+
+std::string discoverySummary(const dravik::SessionDiscoveryReport& report) {
     const auto analysed = std::count_if(
         report.sessions.begin(), report.sessions.end(),
         [](const dravik::DiscoveredSession& session) { return session.newlyAnalyzed; });
@@ -28,9 +32,8 @@ std::string summary(const dravik::SessionDiscoveryReport& report) {
     return text;
 }
 
-// A session found again replaces its preset where it stands; a new one goes to the end.
-std::vector<ReviewPreset> merged(std::vector<ReviewPreset> presets,
-                                 const std::vector<dravik::DiscoveredSession>& sessions) {
+std::vector<ReviewPreset> mergedPresets(std::vector<ReviewPreset> presets,
+                                        const std::vector<dravik::DiscoveredSession>& sessions) {
     for (const dravik::DiscoveredSession& session : sessions) {
         ReviewPreset preset{session.title, session.manifest.string(), session.results.string()};
         auto same = std::find_if(presets.begin(), presets.end(),
@@ -43,10 +46,15 @@ std::vector<ReviewPreset> merged(std::vector<ReviewPreset> presets,
     return presets;
 }
 
-} // namespace
+std::vector<std::string> failureLines(const dravik::SessionDiscoveryReport& report) {
+    std::vector<std::string> lines;
+    for (const dravik::SessionDiscoveryFailure& failure : report.failures)
+        lines.push_back(folderName(failure.folder) + ": " + failure.message);
+    return lines;
+}
 
 void ReviewerModel::discoverSessions(std::optional<fs::path> dataDirectory, AnalyzeFolder analyze) {
-    Batch batch(*this);
+    SignalHold hold(*this);
     if (isDiscovering_)
         return;
     if (!dataDirectory)
@@ -79,7 +87,7 @@ void ReviewerModel::discoverSessions(std::optional<fs::path> dataDirectory, Anal
                 // A late progress call must not overwrite the summary.
                 if (!model || !model->isDiscovering_)
                     return;
-                Batch progressed(*model);
+                SignalHold progressed(*model);
                 model->assign(model->discoveryStatus_, "Checking / analyzing " + name + "\u2026",
                               discoveryChange);
             });
@@ -94,13 +102,11 @@ void ReviewerModel::discoverSessions(std::optional<fs::path> dataDirectory, Anal
         onGuiThread([model, report = std::move(report)] {
             if (!model)
                 return;
-            Batch answered(*model);
-            model->assign(model->presets_, merged(model->presets_, report.sessions), presetsChange);
-            std::vector<std::string> failures;
-            for (const dravik::SessionDiscoveryFailure& failure : report.failures)
-                failures.push_back(folderName(failure.folder) + ": " + failure.message);
-            model->assign(model->discoveryFailures_, failures, discoveryChange);
-            model->assign(model->discoveryStatus_, summary(report), discoveryChange);
+            SignalHold answered(*model);
+            model->assign(model->presets_, mergedPresets(model->presets_, report.sessions),
+                          presetsChange);
+            model->assign(model->discoveryFailures_, failureLines(report), discoveryChange);
+            model->assign(model->discoveryStatus_, discoverySummary(report), discoveryChange);
             model->assign(model->isDiscovering_, false, discoveryChange);
             if (!model->document() && !model->isDetecting_ && !model->presets_.empty()) {
                 const ReviewPreset first = model->presets_.front();

@@ -1,0 +1,107 @@
+#include "dravik/error.h"
+#include "reviewer_model.h"
+
+#include <algorithm>
+
+namespace tessary {
+
+FramePhotos ReviewerModel::photosFor(const std::vector<std::string>& frameIDs) const {
+    const dravik::ReviewDocument* current = document();
+    if (!current || !session_.manifestURL)
+        throw dravik::DravikError("No session is open.");
+    std::vector<dravik::ReviewFrame> frames;
+    for (const std::string& id : frameIDs)
+        if (const dravik::ReviewFrame* frame = current->frame(id))
+            frames.push_back(*frame);
+    return loadPhotos(frames, current->identity(), *session_.manifestURL, photos_);
+}
+
+bool ReviewerModel::show(const std::string& frameID, bool compare,
+                         std::shared_ptr<const dravik::ReviewDocument> document) {
+    const auto framePair = pairOf(frameID);
+    FramePhotos loaded;
+    Snapshot next;
+    try {
+        loaded = photosFor(compare && framePair ? framePair->frameIDs
+                                                : std::vector<std::string>{frameID});
+        next = snapshotOf(std::move(document),
+                          framePair ? std::optional(framePair->id) : std::nullopt);
+    } catch (const std::exception& failure) {
+        setError(failure.what());
+        return false;
+    }
+    cancelInteraction();
+    setImages(std::move(loaded));
+    assign(view_.compare, compare, navigationChange);
+    assign(view_.activeFrameID, std::optional(frameID), navigationChange);
+    setSnapshot(std::move(next));
+    return true;
+}
+
+void ReviewerModel::activate(const std::string& frameID) {
+    SignalHold hold(*this);
+    const auto visible = visibleIDs();
+    if (std::find(visible.begin(), visible.end(), frameID) == visible.end() || !frame(frameID) ||
+        view_.activeFrameID == frameID)
+        return;
+    cancelInteraction();
+    assign(view_.activeFrameID, std::optional(frameID), navigationChange);
+}
+
+void ReviewerModel::selectFrame(std::int64_t index) {
+    SignalHold hold(*this);
+    const dravik::ReviewDocument* current = document();
+    if (isDetecting_ || !current || index < 0 ||
+        index >= static_cast<std::int64_t>(current->frames().size()))
+        return;
+    if (!save())
+        return;
+    const std::string frameID = current->frames()[static_cast<std::size_t>(index)].id;
+    const auto framePair = pairOf(frameID);
+    show(frameID, view_.compare && framePair && framePair->hasReference(),
+         snapshot_->documentPointer);
+}
+
+void ReviewerModel::selectPair(const std::string& pairID) {
+    SignalHold hold(*this);
+    const dravik::ReviewDocument* current = document();
+    if (!current)
+        return;
+    for (const dravik::ReviewPair& candidate : pairs())
+        if (candidate.id == pairID && !candidate.frameIDs.empty()) {
+            if (auto index = current->frameIndex(candidate.frameIDs.front()))
+                selectFrame(static_cast<std::int64_t>(*index));
+            return;
+        }
+}
+
+void ReviewerModel::setCompare(bool on) {
+    SignalHold hold(*this);
+    if (view_.compare == on || isDetecting_ || !document() || !view_.activeFrameID)
+        return;
+    if (!save())
+        return;
+    const std::string frameID = *view_.activeFrameID;
+    const auto framePair = pairOf(frameID);
+    if (on && !(framePair && framePair->hasReference())) {
+        setMessage("No reference rider exists for this photograph. Single mode remains "
+                   "available.");
+        return;
+    }
+    // The pair's report stays in Single mode too, as after selectFrame and every edit: the rider's
+    // photo keeps its pair feedback instead of losing it until the next change.
+    show(frameID, on, snapshot_->documentPointer);
+}
+
+void ReviewerModel::cancelInteraction() {
+    SignalHold hold(*this);
+    assign(interaction_.previewTarget, std::nullopt, interactionChange);
+    assign(interaction_.placing, false, interactionChange);
+    renewCanvasGeneration();
+    assign(interaction_.highlightedJoints, {}, interactionChange);
+    assign(interaction_.leanPreviewTarget, std::nullopt, interactionChange);
+    assign(interaction_.leanPlacement, std::nullopt, interactionChange);
+    assign(interaction_.leanPlacementStart, std::nullopt, interactionChange);
+}
+
+} // namespace tessary

@@ -1,0 +1,87 @@
+#include "dravik/error.h"
+#include "editing/snapshot_building.h"
+#include "environment/fresh_uuid.h"
+#include "opening/session_reading.h"
+#include "reviewer_model.h"
+
+#include <QFile>
+
+namespace tessary {
+
+namespace fs = std::filesystem;
+
+void ReviewerModel::loadPresets() {
+    SignalHold hold(*this);
+    QFile file(QString::fromStdString(bundle_.resourcePath("launch.json").string()));
+    if (!file.open(QIODevice::ReadOnly))
+        return;
+    if (auto decoded = decodePresets(file.readAll()))
+        assign(presets_, *decoded, presetsChange);
+}
+
+void ReviewerModel::openPreset(const ReviewPreset& preset) {
+    SignalHold hold(*this);
+    if (isDetecting_ || !save())
+        return;
+    load(preset.manifest, preset.results);
+}
+
+void ReviewerModel::openSession() {
+    SignalHold hold(*this);
+    if (isDetecting_ || !save())
+        return;
+    const auto manifest = chooser_->chooseJson("Choose the session.json used for analysis");
+    if (!manifest)
+        return;
+    const auto results = chooser_->chooseJson("Choose that run\u2019s results.json");
+    if (!results)
+        return;
+    load(*manifest, *results);
+}
+
+void ReviewerModel::load(const fs::path& manifest, const fs::path& results) {
+    SignalHold hold(*this);
+    if (isDetecting_ || !save())
+        return;
+
+    SessionRead read;
+    FramePhotos photos;
+    Snapshot snapshot;
+    try {
+        read = readSession(manifest, results);
+        photos = loadPhotos(read.document->frames(), read.document->identity(), manifest);
+        snapshot = buildSnapshot(read.document, read.startPairID, read.proposals);
+    } catch (const std::exception& failure) {
+        setError(failure.what());
+        return;
+    }
+
+    // Nothing below can fail: the new session replaces the old one whole.
+    const std::string opened = openingMessage(read);
+    assign(savedRevision_, read.reopened ? std::optional(read.document->revision()) : std::nullopt,
+           savedRevisionChange);
+    cancelInteraction();
+    assign(view_.compare, false, navigationChange);
+    setImages(std::move(photos));
+    session_ = SessionState{freshUuid(), manifest, read.reviewFile, std::move(read.companions),
+                            session_.leanProposals};
+    view_.viewportCenters.clear();
+    mark(sessionChange);
+
+    assign(view_.activeFrameID, std::optional(read.startFrameID), navigationChange);
+    const bool hasLean = !read.document->leanAnnotations().empty() || !read.proposals.empty();
+    setSnapshot(std::move(snapshot));
+    if (!undoStack_.empty()) {
+        undoStack_.clear();
+        mark(undoStackChange);
+    }
+    assign(view_.presentation, {}, presentationChange);
+    assign(session_.leanProposals, read.proposals, leanProposalsChange);
+    assign(view_.leanMode, hasLean, viewOptionsChange);
+    assign(view_.showLean, true, viewOptionsChange);
+    if (view_.leanMode)
+        assign(view_.showMarkers, false, viewOptionsChange);
+    setMessage(opened);
+}
+
+} // namespace tessary
