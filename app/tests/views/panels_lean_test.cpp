@@ -89,7 +89,10 @@ TEST_F(LeanPanelTest, EditingControlsChangeTheAnnotationThroughUndoableEdits) {
     EXPECT_TRUE(alexLean()->wheelReviewed);
     EXPECT_FALSE(buttonNamed(view, u"Confirm visible wheel axis"_s)->isEnabled());
     click(view, u"Mark unobservable"_s);
-    EXPECT_TRUE(alexLean()->wheelNotObservable);
+    EXPECT_TRUE(alexLean()->wheelNotObservable && !alexLean()->wheelReviewed);
+    click(view, u"Confirm visible wheel axis"_s);
+    EXPECT_TRUE(alexLean()->wheelReviewed && !alexLean()->wheelNotObservable)
+        << "a wheel seen and confirmed is observable";
 
     // Basis and feature ID are saved with the annotation; the caution follows the basis.
     EXPECT_TRUE(showsText(view, u"This line is only assumed level. It does not establish "
@@ -107,7 +110,7 @@ TEST_F(LeanPanelTest, EditingControlsChangeTheAnnotationThroughUndoableEdits) {
     click(view, u"Clear wheel axis"_s);
     EXPECT_EQ(alexLean()->wheel, std::nullopt);
     EXPECT_FALSE(buttonNamed(view, u"Clear wheel axis"_s)->isEnabled());
-    EXPECT_EQ(model.undoStack().size(), placed + 8);
+    EXPECT_EQ(model.undoStack().size(), placed + 9);
     model.undo();
     EXPECT_TRUE(alexLean()->wheel.has_value());
 }

@@ -1,12 +1,12 @@
 #include "dravik/joints.h"
+#include "inspector/joint_inspector.h"
 #include "lean/lean_review_view.h"
+#include "photo_area/photo_area.h"
+#include "photo_area/status_row.h"
 #include "samplegen.h"
-#include "shell/joint_inspector.h"
-#include "shell/photo_area.h"
-#include "shell/review_toolbar.h"
 #include "shell/reviewer_view.h"
-#include "shell/segmented_picker.h"
-#include "shell/status_row.h"
+#include "toolbar/review_toolbar.h"
+#include "toolbar/segmented_picker.h"
 #include "views_fixture.h"
 
 #include <QPushButton>

@@ -4,10 +4,10 @@
 #include "pair/frame_pane.h"
 #include "pair/pair_comparison_view.h"
 #include "pair/pair_feedback_view.h"
-#include "shell/empty_state.h"
-#include "shell/photo_area.h"
+#include "photo_area/empty_state.h"
+#include "photo_area/photo_area.h"
+#include "photo_area/status_row.h"
 #include "shell/reviewer_view.h"
-#include "shell/status_row.h"
 #include "views_fixture.h"
 
 #include <QMessageBox>

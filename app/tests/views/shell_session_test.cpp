@@ -1,6 +1,6 @@
 #include "joint_canvas_view.h"
 #include "shell/reviewer_view.h"
-#include "shell/sidebar.h"
+#include "sidebar/sidebar.h"
 #include "views_fixture.h"
 
 #include <QMouseEvent>

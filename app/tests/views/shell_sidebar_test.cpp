@@ -1,9 +1,9 @@
 #include "common/collapsible_section.h"
 #include "dravik/error.h"
-#include "shell/busy_spinner.h"
-#include "shell/discovery_notices.h"
 #include "shell/reviewer_view.h"
-#include "shell/sidebar.h"
+#include "sidebar/busy_spinner.h"
+#include "sidebar/discovery_notices.h"
+#include "sidebar/sidebar.h"
 #include "views_fixture.h"
 
 #include <QPushButton>

@@ -1,9 +1,9 @@
 #include "environment/sample_copy.h"
-#include "shell/review_toolbar.h"
 #include "shell/review_window.h"
 #include "shell/reviewer_view.h"
-#include "shell/segmented_picker.h"
 #include "shell/tessary_app.h"
+#include "toolbar/review_toolbar.h"
+#include "toolbar/segmented_picker.h"
 #include "views_fixture.h"
 
 #include <QCheckBox>

@@ -1,7 +1,7 @@
 #include "shell/review_alert.h"
 #include "shell/review_menus.h"
-#include "shell/review_toolbar.h"
 #include "shell/reviewer_view.h"
+#include "toolbar/review_toolbar.h"
 #include "views_fixture.h"
 
 #include <QAction>

@@ -2,7 +2,7 @@
 
 #include "model_fixture.h"
 #include "shell/review_window.h"
-#include "shell/two_line_delegate.h"
+#include "sidebar/two_line_delegate.h"
 
 #include <QAbstractButton>
 #include <QApplication>

@@ -1,14 +1,14 @@
 #include "shell/reviewer_view.h"
 
 #include "dravik/discovery.h"
+#include "inspector/joint_inspector.h"
 #include "lean/lean_review_view.h"
+#include "photo_area/photo_area.h"
+#include "photo_area/status_row.h"
 #include "reviewer_model.h"
-#include "shell/discovery_notices.h"
-#include "shell/joint_inspector.h"
-#include "shell/photo_area.h"
-#include "shell/review_toolbar.h"
-#include "shell/sidebar.h"
-#include "shell/status_row.h"
+#include "sidebar/discovery_notices.h"
+#include "sidebar/sidebar.h"
+#include "toolbar/review_toolbar.h"
 
 #include <QFrame>
 #include <QHBoxLayout>

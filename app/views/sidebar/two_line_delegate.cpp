@@ -1,4 +1,4 @@
-#include "shell/two_line_delegate.h"
+#include "sidebar/two_line_delegate.h"
 
 #include <QApplication>
 #include <QPainter>

@@ -1,7 +1,7 @@
-#include "shell/review_toolbar.h"
+#include "toolbar/review_toolbar.h"
 
 #include "reviewer_model.h"
-#include "shell/segmented_picker.h"
+#include "toolbar/segmented_picker.h"
 
 #include <QCheckBox>
 #include <QHBoxLayout>

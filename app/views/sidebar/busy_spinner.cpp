@@ -1,4 +1,4 @@
-#include "shell/busy_spinner.h"
+#include "sidebar/busy_spinner.h"
 
 #include <QPainter>
 

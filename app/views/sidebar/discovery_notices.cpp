@@ -1,8 +1,8 @@
-#include "shell/discovery_notices.h"
+#include "sidebar/discovery_notices.h"
 
 #include "common/collapsible_section.h"
 #include "reviewer_model.h"
-#include "shell/busy_spinner.h"
+#include "sidebar/busy_spinner.h"
 
 #include <QHBoxLayout>
 #include <QLabel>

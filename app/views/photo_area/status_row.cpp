@@ -1,4 +1,4 @@
-#include "shell/status_row.h"
+#include "photo_area/status_row.h"
 
 #include "reviewer_model.h"
 

@@ -1,7 +1,7 @@
-#include "shell/sidebar.h"
+#include "sidebar/sidebar.h"
 
 #include "reviewer_model.h"
-#include "shell/two_line_delegate.h"
+#include "sidebar/two_line_delegate.h"
 
 #include <QLabel>
 #include <QListWidget>

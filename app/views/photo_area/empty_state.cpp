@@ -1,4 +1,4 @@
-#include "shell/empty_state.h"
+#include "photo_area/empty_state.h"
 
 #include <QPainter>
 #include <QPainterPath>

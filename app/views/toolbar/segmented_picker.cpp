@@ -1,4 +1,4 @@
-#include "shell/segmented_picker.h"
+#include "toolbar/segmented_picker.h"
 
 #include <QHBoxLayout>
 #include <QSignalBlocker>

@@ -1,8 +1,8 @@
-#include "shell/joint_inspector.h"
+#include "inspector/joint_inspector.h"
 
 #include "dravik/joints.h"
 #include "reviewer_model.h"
-#include "shell/two_line_delegate.h"
+#include "sidebar/two_line_delegate.h"
 
 #include <QLabel>
 #include <QListWidget>

@@ -1,12 +1,12 @@
-#include "shell/photo_area.h"
+#include "photo_area/photo_area.h"
 
 #include "coaching/single_photo_feedback_view.h"
 #include "lean/lean_evidence_view.h"
 #include "pair/frame_pane.h"
 #include "pair/pair_comparison_view.h"
 #include "pair/pair_feedback_view.h"
+#include "photo_area/empty_state.h"
 #include "reviewer_model.h"
-#include "shell/empty_state.h"
 
 #include <QLabel>
 #include <QScrollArea>
