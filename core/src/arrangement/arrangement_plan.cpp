@@ -31,6 +31,11 @@ std::map<std::string, Photo> photosOf(const SessionManifest& session) {
     return photos;
 }
 
+DravikError staleArrangement(const std::string& manifestLabel) {
+    return DravikError("The arrangement was made for another version of " + manifestLabel +
+                       "; open the session again to arrange it.");
+}
+
 // Every photo listed once, with the file the session has for it, and nothing else.
 void requireSamePhotos(const std::map<std::string, Photo>& photos,
                        const SessionArrangement& arrangement, const std::string& manifestLabel) {
@@ -42,26 +47,24 @@ void requireSamePhotos(const std::map<std::string, Photo>& photos,
                listed.insert(photo.frameID).second;
     }
     if (!same)
-        throw DravikError("The arrangement was made for another version of " + manifestLabel +
-                          "; open the session again to arrange it.");
+        throw staleArrangement(manifestLabel);
 }
 
 void requireOnePairEach(const std::map<std::string, Photo>& photos,
                         const SessionArrangement& arrangement, const std::string& manifestLabel) {
     std::map<std::string, int> uses;
     for (const ArrangedPair& pair : arrangement.pairs) {
-        if (pair.referenceFrameID == pair.riderFrameID)
-            throw DravikError("The photo " + photoName(*photos.at(pair.riderFrameID).rider) +
-                              " cannot be compared with itself.");
         for (const std::string* id :
              {&pair.riderFrameID, pair.referenceFrameID ? &*pair.referenceFrameID : nullptr}) {
             if (!id)
                 continue;
             if (!photos.contains(*id))
-                throw DravikError("The arrangement was made for another version of " +
-                                  manifestLabel + "; open the session again to arrange it.");
+                throw staleArrangement(manifestLabel);
             ++uses[*id];
         }
+        if (pair.referenceFrameID == pair.riderFrameID)
+            throw DravikError("The photo " + photoName(*photos.at(pair.riderFrameID).rider) +
+                              " cannot be compared with itself.");
     }
     for (const auto& [id, photo] : photos) {
         if (uses[id] == 0)

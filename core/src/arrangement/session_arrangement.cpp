@@ -69,7 +69,8 @@ Prepared prepare(const SessionArrangement& arrangement, const fs::path& manifest
     for (FileWrite& write : migrateCompanions(manifest.parent_path(), review.document.frames(),
                                               arranged.frames(), plan, prepared.effect))
         prepared.writes.push_back(std::move(write));
-    // The manifest last: until it is in place, the session is the one it was.
+    // In this order: the review under its new name, which nothing reads before the results
+    // change, then what the manifest names, and the manifest last.
     prepared.writes.push_back({manifest, manifestBytes});
     return prepared;
 }
