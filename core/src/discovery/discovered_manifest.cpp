@@ -14,14 +14,14 @@ bool safe(char c) {
            c == '_';
 }
 
+} // namespace
+
 std::string uniqueID(const std::string& base, std::set<std::string>& taken) {
     std::string id = base;
     for (int n = 2; !taken.insert(id).second; ++n)
         id = base + "-" + std::to_string(n);
     return id;
 }
-
-} // namespace
 
 std::string safeID(std::string_view stem) {
     std::string id;

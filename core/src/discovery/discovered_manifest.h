@@ -3,6 +3,7 @@
 #include "dravik/geometry.h"
 #include "dravik/manifest.h"
 
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,6 +22,9 @@ struct PhotoFacts {
 // A pair id from a file's stem: letters, digits, "-" and "_" kept, every other run of bytes one
 // "-", trimmed of "-"; "photo" when nothing is left.
 std::string safeID(std::string_view stem);
+
+// `base`, or the first of `base`-2, `base`-3, ... that is not `taken`; the id returned is taken.
+std::string uniqueID(const std::string& base, std::set<std::string>& taken);
 
 // The manifest of a folder of photos never analysed: each photo, in the given order, its own pair
 // holding one unreviewed subject frame whose panel and crop are the whole photo. Pair ids are

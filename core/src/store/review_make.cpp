@@ -1,4 +1,5 @@
-#include "dravik/manifest.h"
+#include "store/review_make.h"
+
 #include "dravik/store.h"
 #include "hash/sha256.h"
 
@@ -25,10 +26,13 @@ ReviewDocument ReviewStore::make(const std::filesystem::path& manifestPath,
     // The identity is the hash of exactly the bytes that were parsed.
     std::string bytes = json::readFile(resultsPath, source);
     ResultsFile results = ResultsFile::decode(bytes, source.label);
-    std::string identity = sha256Text(bytes.data(), bytes.size());
+    return makeReview(manifest, results, sha256Text(bytes.data(), bytes.size()),
+                      json::quoted(json::fileLabel(manifestPath)), json::quoted(source.label));
+}
 
-    const std::string manifestLabel = json::quoted(json::fileLabel(manifestPath));
-    const std::string resultsLabel = json::quoted(source.label);
+ReviewDocument makeReview(const SessionManifest& manifest, const ResultsFile& results,
+                          std::string identity, const std::string& manifestLabel,
+                          const std::string& resultsLabel) {
     std::map<RiderKey, const RiderInput*> riders;
     for (const PairInput& pair : manifest.pairs)
         for (const RiderInput& rider : pair.riders)

@@ -1,3 +1,4 @@
+#include "document/review_parts.h"
 #include "dravik/store.h"
 
 #include "json/json_reader.h"
@@ -83,8 +84,14 @@ void ReviewStore::validate(const ReviewDocument& saved, const ReviewDocument& ra
 
 ReviewDocument ReviewStore::adopt(ReviewDocument saved, const ReviewDocument& raw) {
     validate(saved, raw);
-    saved.setPairAssessments(raw.pairAssessments());
-    return saved;
+    // Rider names and pair titles follow the manifest too: naming riders changes no detection.
+    ReviewParts parts = ReviewParts::of(saved);
+    for (std::size_t i = 0; i < parts.frames.size(); ++i) {
+        parts.frames[i].riderDisplayName = raw.frames()[i].riderDisplayName;
+        parts.frames[i].name = raw.frames()[i].name;
+    }
+    parts.pairAssessments = raw.pairAssessments();
+    return parts.assemble(saved.revision());
 }
 
 } // namespace dravik
