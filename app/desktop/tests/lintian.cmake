@@ -15,7 +15,7 @@ if(NOT packed EQUAL 0 OR NOT package)
     message(FATAL_ERROR "cpack -G DEB failed:\n${output}")
 endif()
 execute_process(
-    COMMAND "${LINTIAN}" --pedantic --display-info --fail-on error,warning --no-tag-display-limit
+    COMMAND "${LINTIAN}" --pedantic --display-info --fail-on error,warning --tag-display-limit 0
             ${package}
     RESULT_VARIABLE clean OUTPUT_VARIABLE report ERROR_VARIABLE report)
 message("${report}")
