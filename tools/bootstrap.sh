@@ -6,8 +6,11 @@ cd "$(dirname "$0")/.."
 
 packages=(
     build-essential cmake ninja-build pkg-config git
-    nlohmann-json3-dev libjpeg62-turbo-dev libturbojpeg0-dev libpng-dev libexif-dev libssl-dev
+    nlohmann-json3-dev libjpeg62-turbo-dev libpng-dev libexif-dev libssl-dev
     libgtest-dev qt6-base-dev xvfb xauth
+    # The package and its checks: file for cpack's dependency scan, lintian, and the validators
+    # of the launcher and the AppStream metadata.
+    file lintian desktop-file-utils appstream
 )
 # The pose worker of dravik-batch runs on Node.js; Debian's own is enough.
 command -v node >/dev/null && command -v npm >/dev/null || packages+=(nodejs npm)

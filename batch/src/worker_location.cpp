@@ -1,6 +1,7 @@
 #include "worker_location.h"
 
 #include "dravik/error.h"
+#include "node_runtime.h"
 
 #include <array>
 
@@ -33,7 +34,7 @@ WorkerSetup installedWorker(const fs::path& programFolder) {
                               "\u201d is missing from " + models.string() +
                               "; run tools/bootstrap.sh to install the models.");
     return {script.filename().string(),
-            {"node", script.string(), models.string()},
+            {checkedNode(configuredNode()).string(), script.string(), models.string()},
             std::chrono::milliseconds(30000)};
 }
 

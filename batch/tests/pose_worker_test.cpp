@@ -1,4 +1,5 @@
 #include "batch_fixtures.h"
+#include "node_runtime.h"
 #include "pose_worker.h"
 #include "worker_location.h"
 
@@ -51,6 +52,6 @@ TEST(PoseWorker, AnInstallWithoutItsModelsIsRefusedBeforeAnythingStarts) {
                              "movenet-multipose.json", "movenet-multipose.bin"})
         dravik::test::writeText(models / file, "0");
     WorkerSetup setup = installedWorker(program);
-    EXPECT_EQ(setup.command.at(0), "node");
+    EXPECT_EQ(setup.command.at(0), configuredNode().string());
     EXPECT_EQ(setup.command.at(2), models.string());
 }

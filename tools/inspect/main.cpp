@@ -3,10 +3,12 @@
 #include "dravik/image.h"
 #include "dravik/joints.h"
 #include "dravik/store.h"
+#include "tessary/version.h"
 
 #include <cstdio>
 #include <exception>
 #include <filesystem>
+#include <getopt.h>
 #include <iostream>
 #include <map>
 #include <string>
@@ -16,6 +18,18 @@ namespace fs = std::filesystem;
 using namespace dravik;
 
 namespace {
+
+constexpr const char* help = R"(Usage: tessary-inspect SESSION RESULTS
+Opens a session (its manifest SESSION and the detector's RESULTS) as Tessary would, with the
+saved review beside it if there is one, and prints its frames, joints and pairs.
+
+Options:
+  -h, --help     show this help and exit
+      --version  show the version and exit
+
+Exit status: 0 printed; 1 the session could not be opened, with the reason on stderr; 64 wrong
+arguments.
+)";
 
 int detectedJoints(const ReviewFrame& frame, const std::string& kind) {
     int count = 0;
@@ -63,13 +77,29 @@ void print(const ReviewDocument& document, const fs::path& review, bool reopened
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 3) {
-        std::cerr << "usage: tessary-inspect <session.json> <results.json>\n";
+    static const option options[] = {{"help", no_argument, nullptr, 'h'},
+                                     {"version", no_argument, nullptr, 'V'},
+                                     {nullptr, 0, nullptr, 0}};
+    for (int option; (option = getopt_long(argc, argv, "h", options, nullptr)) != -1;) {
+        if (option == 'h') {
+            std::cout << help;
+            return 0;
+        }
+        if (option == 'V') {
+            std::cout << "tessary-inspect " << tessary::version << "\n";
+            return 0;
+        }
+        std::cerr << "See \u201ctessary-inspect --help\u201d.\n";
+        return 64;
+    }
+    if (argc - optind != 2) {
+        std::cerr << "tessary-inspect needs a session manifest and its results; see "
+                     "\u201ctessary-inspect --help\u201d.\n";
         return 64;
     }
     try {
-        const fs::path manifest = argv[1];
-        const ReviewDocument raw = ReviewStore::make(manifest, argv[2]);
+        const fs::path manifest = argv[optind];
+        const ReviewDocument raw = ReviewStore::make(manifest, argv[optind + 1]);
         const fs::path review = manifest.parent_path() / ReviewStore::reviewFileName(raw);
         ReviewDocument document = raw;
         const bool reopened = fs::exists(review);
