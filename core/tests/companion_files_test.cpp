@@ -141,8 +141,8 @@ TEST(CoachingChecklistFile, RoundTripsKeyedBySubjectAndRefusesFilesThatDoNotMatc
     const std::string invalid = "“coaching-checklist.json” is not a valid coaching checklist: ";
     test::expectRefusals(
         Json::parse(CoachingChecklist::encode({pairReview(), soloReview()}, session())),
-        [](const std::string& text) {
-            CoachingChecklist::decode(text, "coaching-checklist.json", session());
+        [](const std::string& json) {
+            CoachingChecklist::decode(json, "coaching-checklist.json", session());
         },
         "",
         {

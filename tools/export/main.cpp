@@ -2,6 +2,7 @@
 #include "dravik/coco_export.h"
 #include "dravik/error.h"
 #include "dravik/session_review.h"
+#include "tessary/version.h"
 
 #include <cstdio>
 #include <exception>
@@ -17,7 +18,7 @@ namespace {
 constexpr int usageStatus = 64; // EX_USAGE
 
 constexpr const char* usage =
-    "usage: tessary-export coco MANIFEST RESULTS -o FILE.json [--uncertain-as-occluded]\n"
+    "Usage: tessary-export coco MANIFEST RESULTS -o FILE.json [--uncertain-as-occluded]\n"
     "                           [--include-unreviewed]\n"
     "       tessary-export --help | --version\n";
 
@@ -68,7 +69,7 @@ int main(int argc, char** argv) {
             std::cout << usage << help;
             return 0;
         case 'V':
-            std::cout << "tessary-export " << TESSARY_VERSION << "\n";
+            std::cout << "tessary-export " << tessary::version << "\n";
             return 0;
         case ':':
             return usageError(std::string(argv[optind - 1]) + " needs a value.");

@@ -138,10 +138,10 @@ LeanReviewView::LeanReviewView(ReviewerModel& model, QWidget* parent)
         uncertainties->addWidget(label, row, 0);
         QToolButton* down = smallButton(u"−"_s, u"Decrease "_s + what, this);
         QToolButton* up = smallButton(u"+"_s, u"Increase "_s + what, this);
-        for (auto [button, steps] : {std::pair{down, -1}, std::pair{up, 1}})
-            connect(button, &QToolButton::clicked, this, [this, kind, steps] {
-                model_.changeLean([kind, steps](dravik::LeanAnnotation& annotation) {
-                    annotation.stepUncertainty(kind, steps);
+        for (auto [button, direction] : {std::pair{down, -1}, std::pair{up, 1}})
+            connect(button, &QToolButton::clicked, this, [this, kind, direction] {
+                model_.changeLean([kind, direction](dravik::LeanAnnotation& annotation) {
+                    annotation.stepUncertainty(kind, direction);
                 });
             });
         uncertainties->addWidget(down, row, 1);
