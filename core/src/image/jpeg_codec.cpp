@@ -198,6 +198,7 @@ Header readHeader(const std::uint8_t* data, std::size_t size, const std::string&
         fail(d.errors, fileName);
     Header header;
     header.size = {static_cast<int>(d.cinfo.image_width), static_cast<int>(d.cinfo.image_height)};
+    header.components = d.cinfo.num_components;
     for (jpeg_saved_marker_ptr marker = d.cinfo.marker_list; marker; marker = marker->next) {
         if (marker->marker == JPEG_APP0 + 1) {
             header.orientation = exifOrientation(marker->data, marker->data_length);

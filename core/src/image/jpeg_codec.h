@@ -13,6 +13,7 @@ namespace dravik::jpeg {
 struct Header {
     ImageSize size; // as stored
     int orientation = 1;
+    int components = 3; // 1 grey, 3 colour, 4 ink (CMYK)
 };
 
 bool matches(const std::uint8_t* data, std::size_t size);

@@ -137,6 +137,8 @@ Header readHeader(const std::uint8_t* data, std::size_t size, const std::string&
     Header header;
     header.size = {static_cast<int>(png_get_image_width(d.png, d.info)),
                    static_cast<int>(png_get_image_height(d.png, d.info))};
+    header.alpha = (png_get_color_type(d.png, d.info) & PNG_COLOR_MASK_ALPHA) != 0 ||
+                   png_get_valid(d.png, d.info, PNG_INFO_tRNS) != 0;
     png_uint_32 exifSize = 0;
     png_bytep exif = nullptr;
     if (png_get_eXIf_1(d.png, d.info, &exifSize, &exif) != 0 && exif)

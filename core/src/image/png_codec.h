@@ -13,6 +13,7 @@ namespace dravik::png {
 struct Header {
     ImageSize size;      // as stored
     int orientation = 1; // from an eXIf chunk before the image data
+    bool alpha = false;  // an alpha channel or a transparent colour, decoded as a fourth sample
 };
 
 bool matches(const std::uint8_t* data, std::size_t size);
