@@ -28,7 +28,8 @@ struct Image {
 // Pixels are decoded on demand, and only for the part that is asked for.
 class ImageInput {
   public:
-    // Refuses photos that are not JPEG or PNG, are damaged, or declare more than 200 megapixels.
+    // Refuses files that are not regular or larger than 256 MiB, photos that are not JPEG or PNG
+    // or are damaged, and photos declaring more than 200 megapixels (150 with a fourth sample).
     static ImageInput load(const std::filesystem::path& file);
 
     const std::string& sourceHash() const { return sourceHash_; } // "sha256:" + 64 hex digits
@@ -38,20 +39,22 @@ class ImageInput {
     Image decoded() const; // the whole photo
 
   private:
-    enum class Format { jpeg, png };
     std::filesystem::path file_;
-    std::shared_ptr<const std::vector<std::uint8_t>> bytes_;
+    std::shared_ptr<const std::string> bytes_;
     std::string sourceHash_;
-    ImageSize size_;      // oriented
-    ImageSize encoded_;   // as stored
-    int orientation_ = 1; // EXIF 1..8
-    Format format_ = Format::jpeg;
+    ImageSize size_; // oriented
 };
 
-// Every frame's photo, hashed, checked against the frame's sourceHash and cropped to its panel,
-// decoded on all cores. Results are in document order; the first failure in document order wins,
-// with a sentence naming the frame's role and file.
+// The most decoded pixels opening a session holds at once.
+inline constexpr std::uint64_t defaultOpeningBudget = 2ull << 30;
+
+// Every frame's photo, hashed, checked against the frame's sourceHash and imageSize and cropped
+// to its panel, on all cores. Frames showing the same panel of the same file share one decode;
+// together the decodes may not exceed `budgetBytes`, which is checked from the headers before
+// any is decoded. Results are in document order; the first failure in document order wins, with
+// a sentence naming the frame's role and file.
 std::vector<Image> loadFramePhotos(const ReviewDocument& document,
-                                   const std::filesystem::path& manifest);
+                                   const std::filesystem::path& manifest,
+                                   std::uint64_t budgetBytes = defaultOpeningBudget);
 
 } // namespace dravik
