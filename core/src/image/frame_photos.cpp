@@ -8,9 +8,7 @@
 #include "image/photo_codec.h"
 #include "io/io_failure.h"
 
-#include <algorithm>
 #include <atomic>
-#include <cmath>
 #include <map>
 #include <new>
 #include <tuple>
@@ -38,13 +36,15 @@ std::string amountText(std::uint64_t bytes) {
     return std::to_string(bytes / mebibyte) + " MiB";
 }
 
-// A frame's photo as checked for opening: the file it resolves to, as it was read, and its
-// header. The bytes are not kept.
-struct VerifiedPhoto {
-    fs::path file;
-    FileStamp stamp;
-    PhotoHeader header;
-};
+PixelBox boxOf(const PixelRect& rect) {
+    return {static_cast<int>(rect.x), static_cast<int>(rect.y), static_cast<int>(rect.width),
+            static_cast<int>(rect.height)};
+}
+
+PixelRect rectOf(const PixelBox& box) {
+    return {static_cast<double>(box.x), static_cast<double>(box.y), static_cast<double>(box.width),
+            static_cast<double>(box.height)};
+}
 
 VerifiedPhoto verify(const ReviewFrame& frame, const fs::path& manifest) {
     VerifiedPhoto photo;
@@ -52,38 +52,39 @@ VerifiedPhoto verify(const ReviewFrame& frame, const fs::path& manifest) {
     const FileContents contents = readWholeFile(photo.file, "photo", maxPhotoFileBytes);
     const std::string name = quotedName(photo.file);
     photo.stamp = contents.stamp;
-    photo.header = readPhotoHeader(bytesOf(contents.bytes), contents.bytes.size(), name);
+    const PhotoHeader header =
+        readPhotoHeader(bytesOf(contents.bytes), contents.bytes.size(), name);
     if (sha256Text(contents.bytes.data(), contents.bytes.size()) != frame.sourceHash)
         throw DravikError(sourceChanged);
+    photo.size = header.oriented();
+    photo.orientation = header.orientation;
     // Points are in pixels of the oriented photo: a photo of another shape would put every joint
     // and the panel in the wrong place.
-    if (photo.header.oriented() != frame.imageSize)
-        throw DravikError(name + " is " + sizeText(photo.header.oriented()) +
+    if (photo.size != frame.imageSize)
+        throw DravikError(name + " is " + sizeText(photo.size) +
                           " pixels, but the session expects " + sizeText(frame.imageSize) + ".");
+    const PixelBox panel = wholePixels(frame.panel, photo.size, name);
+    photo.panel = rectOf(panel);
+    photo.panelBytes = static_cast<std::uint64_t>(panel.width) * panel.height * 3;
     return photo;
 }
 
-// Reads the photo again for its pixels. A file that is not the one verified (another stamp) is
-// taken only when its content is still the analysed one.
-Image decodeVerified(const ReviewFrame& frame, const VerifiedPhoto& photo) {
+ScaledPanel decodeVerified(const ReviewFrame& frame, const VerifiedPhoto& photo, PhotoScale scale) {
     const FileContents contents = readWholeFile(photo.file, "photo", maxPhotoFileBytes);
     if (contents.stamp != photo.stamp &&
         sha256Text(contents.bytes.data(), contents.bytes.size()) != frame.sourceHash)
         throw DravikError(sourceChanged);
-    return decodePhotoRegion(bytesOf(contents.bytes), contents.bytes.size(), photo.header,
-                             frame.panel, quotedName(photo.file));
-}
-
-// The bytes a decoded panel holds: the panel rounded outwards and clipped to the photo, as
-// decodePhotoRegion decodes it.
-std::uint64_t panelBytes(const PixelRect& panel, ImageSize photo) {
-    const double width =
-        std::min<double>(photo.width, std::ceil(panel.maxX())) - std::max(0.0, std::floor(panel.x));
-    const double height = std::min<double>(photo.height, std::ceil(panel.maxY())) -
-                          std::max(0.0, std::floor(panel.y));
-    if (!(width > 0 && height > 0))
-        return 0; // refused when decoded
-    return static_cast<std::uint64_t>(width) * static_cast<std::uint64_t>(height) * 3;
+    const std::string name = quotedName(photo.file);
+    const PhotoHeader header =
+        readPhotoHeader(bytesOf(contents.bytes), contents.bytes.size(), name);
+    const auto denominator = static_cast<int>(scale);
+    const PixelBox panel = boxOf(photo.panel);
+    ScaledPanel decoded{decodePhotoBox(bytesOf(contents.bytes), contents.bytes.size(), header,
+                                       panel, name, denominator),
+                        scale,
+                        {}};
+    decoded.covers = rectOf(scaledBox(panel, photo.size, photo.orientation, denominator).covers);
+    return decoded;
 }
 
 // The one sentence of a frame whose photo cannot be shown.
@@ -107,50 +108,86 @@ struct Verification {
     std::exception_ptr failure; // none for a frame skipped after an earlier failure
 };
 
+// Verifies every frame on all cores. A frame after one that failed is skipped: the earlier
+// failure is the one reported.
+std::vector<Verification> verifyEach(const std::vector<ReviewFrame>& frames,
+                                     const fs::path& manifest) {
+    std::atomic<std::size_t> firstFailure = frames.size();
+    return parallelMap<Verification>(frames.size(), [&](std::size_t index) {
+        Verification outcome;
+        if (index > firstFailure.load())
+            return outcome;
+        try {
+            outcome.photo =
+                forFrame(frames[index], [&] { return verify(frames[index], manifest); });
+        } catch (...) {
+            outcome.failure = std::current_exception();
+            std::size_t seen = firstFailure.load();
+            while (index < seen && !firstFailure.compare_exchange_weak(seen, index)) {
+            }
+        }
+        return outcome;
+    });
+}
+
 } // namespace
+
+std::vector<VerifiedPhoto> verifyFramePhotos(const ReviewDocument& document,
+                                             const fs::path& manifest) {
+    std::vector<VerifiedPhoto> photos;
+    photos.reserve(document.frames().size());
+    for (Verification& outcome : verifyEach(document.frames(), manifest)) {
+        if (outcome.failure)
+            std::rethrow_exception(outcome.failure);
+        photos.push_back(std::move(*outcome.photo));
+    }
+    return photos;
+}
+
+ImageSize scaledPanelSize(const VerifiedPhoto& photo, PhotoScale scale) {
+    return scaledBox(boxOf(photo.panel), photo.size, photo.orientation, static_cast<int>(scale))
+        .size;
+}
+
+PhotoScale scaleCovering(const VerifiedPhoto& photo, ImageSize wanted) {
+    for (PhotoScale scale : {PhotoScale::eighth, PhotoScale::quarter, PhotoScale::half}) {
+        const ImageSize size = scaledPanelSize(photo, scale);
+        if (size.width >= wanted.width && size.height >= wanted.height)
+            return scale;
+    }
+    return PhotoScale::full;
+}
+
+ScaledPanel decodeFramePhoto(const ReviewFrame& frame, const VerifiedPhoto& photo,
+                             PhotoScale scale) {
+    return forFrame(frame, [&] { return decodeVerified(frame, photo, scale); });
+}
 
 std::vector<Image> loadFramePhotos(const ReviewDocument& document, const fs::path& manifest,
                                    std::uint64_t budgetBytes) {
     const std::vector<ReviewFrame>& frames = document.frames();
-    // Every photo is read and checked before any is decoded, so that the budget is known first.
-    std::atomic<std::size_t> firstFailure = frames.size();
-    const std::vector<Verification> verified =
-        parallelMap<Verification>(frames.size(), [&](std::size_t index) {
-            Verification outcome;
-            if (index > firstFailure.load())
-                return outcome; // an earlier frame already fails; its sentence wins
-            try {
-                outcome.photo =
-                    forFrame(frames[index], [&] { return verify(frames[index], manifest); });
-            } catch (...) {
-                outcome.failure = std::current_exception();
-                std::size_t seen = firstFailure.load();
-                while (index < seen && !firstFailure.compare_exchange_weak(seen, index)) {
-                }
-            }
-            return outcome;
-        });
+    // Every photo is checked before any is decoded, so that the budget is known first.
+    const std::vector<Verification> verified = verifyEach(frames, manifest);
 
     // Frames showing the same panel of the same file share one decode; the others add theirs to
     // the budget, in document order, so that the frame refused is always the same one.
     using Key = std::tuple<std::uint64_t, std::uint64_t, double, double, double, double>;
-    std::map<Key, std::size_t> decodes; // the first frame of each decode
+    std::map<Key, std::size_t> decodes;
     std::vector<std::size_t> decodeOf(frames.size());
-    std::vector<std::size_t> firstFrames;
+    std::vector<std::size_t> firstFrames; // of each decode
     std::uint64_t total = 0;
     for (std::size_t index = 0; index < frames.size(); ++index) {
         if (verified[index].failure)
             std::rethrow_exception(verified[index].failure);
         const VerifiedPhoto& photo = *verified[index].photo;
-        const PixelRect& panel = frames[index].panel;
-        const Key key{photo.stamp.device, photo.stamp.inode, panel.x, panel.y,
-                      panel.width,        panel.height};
+        const Key key{photo.stamp.device, photo.stamp.inode, photo.panel.x,
+                      photo.panel.y,      photo.panel.width, photo.panel.height};
         auto [found, added] = decodes.emplace(key, firstFrames.size());
         decodeOf[index] = found->second;
         if (!added)
             continue;
         firstFrames.push_back(index);
-        total += panelBytes(panel, photo.header.oriented());
+        total += photo.panelBytes;
         if (total > budgetBytes)
             throw loadFailure(frames[index], "Decoding " + quotedName(photo.file) +
                                                  " would take this session past " +
@@ -160,9 +197,8 @@ std::vector<Image> loadFramePhotos(const ReviewDocument& document, const fs::pat
 
     const std::vector<Image> decoded =
         parallelMap<Image>(firstFrames.size(), [&](std::size_t decode) {
-            const ReviewFrame& frame = frames[firstFrames[decode]];
-            return forFrame(
-                frame, [&] { return decodeVerified(frame, *verified[firstFrames[decode]].photo); });
+            const std::size_t index = firstFrames[decode];
+            return decodeFramePhoto(frames[index], *verified[index].photo).image;
         });
     std::vector<Image> images;
     images.reserve(frames.size());

@@ -28,7 +28,8 @@ ImageInput ImageInput::load(const std::filesystem::path& file) {
 Image ImageInput::cropped(const PixelRect& rect) const {
     const std::string name = quotedName(file_);
     const PhotoHeader header = readPhotoHeader(bytesOf(*bytes_), bytes_->size(), name);
-    return decodePhotoRegion(bytesOf(*bytes_), bytes_->size(), header, rect, name);
+    return decodePhotoBox(bytesOf(*bytes_), bytes_->size(), header,
+                          wholePixels(rect, header.oriented(), name), name);
 }
 
 Image ImageInput::decoded() const {

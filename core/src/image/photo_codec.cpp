@@ -68,9 +68,7 @@ PhotoHeader readPhotoHeader(const std::uint8_t* data, std::size_t size,
     return header;
 }
 
-Image decodePhotoRegion(const std::uint8_t* data, std::size_t size, const PhotoHeader& header,
-                        const PixelRect& rect, const std::string& fileName) {
-    const ImageSize photo = header.oriented();
+PixelBox wholePixels(const PixelRect& rect, ImageSize photo, const std::string& fileName) {
     const double left = std::max(0.0, std::floor(rect.x));
     const double top = std::max(0.0, std::floor(rect.y));
     const double right = std::min(static_cast<double>(photo.width), std::ceil(rect.maxX()));
@@ -80,13 +78,40 @@ Image decodePhotoRegion(const std::uint8_t* data, std::size_t size, const PhotoH
     if (!finite || !(left < right && top < bottom))
         throw DravikError("The region " + describe(rect) + " lies outside " + fileName + " (" +
                           sizeText(photo) + " pixels) or is empty.");
-    const PixelBox displayed{static_cast<int>(left), static_cast<int>(top),
-                             static_cast<int>(right - left), static_cast<int>(bottom - top)};
+    return {static_cast<int>(left), static_cast<int>(top), static_cast<int>(right - left),
+            static_cast<int>(bottom - top)};
+}
+
+ScaledBox scaledBox(const PixelBox& displayed, ImageSize oriented, int orientation,
+                    int denominator) {
+    const Orientation turn = Orientation::fromExif(orientation);
+    const ImageSize stored = turn.oriented(oriented); // a quarter turn is its own inverse in size
+    const PixelBox box = turn.toStored(displayed, stored);
+    const int d = denominator;
+    const auto up = [d](int value) { return (value + d - 1) / d; };
+    const int left = box.x / d;
+    const int top = box.y / d;
+    const int right = std::min(up(box.x + box.width), up(stored.width));
+    const int bottom = std::min(up(box.y + box.height), up(stored.height));
+    const PixelBox aligned{left * d, top * d, std::min(right * d, stored.width) - left * d,
+                           std::min(bottom * d, stored.height) - top * d};
+    const PixelBox covers = turn.toDisplayed(aligned, stored);
+    const ImageSize size = turn.oriented({right - left, bottom - top});
+    return {{left, top, right - left, bottom - top}, aligned, covers, size};
+}
+
+Image decodePhotoBox(const std::uint8_t* data, std::size_t size, const PhotoHeader& header,
+                     const PixelBox& box, const std::string& fileName, int denominator) {
+    const ScaledBox scaled = scaledBox(box, header.oriented(), header.orientation, denominator);
     const Orientation orientation = Orientation::fromExif(header.orientation);
-    const PixelBox stored = orientation.toStored(displayed, header.stored);
-    Image region = header.format == PhotoHeader::Format::jpeg
-                       ? jpeg::decodeRegion(data, size, stored, fileName)
-                       : png::decodeRegion(data, size, stored, fileName);
+    Image region;
+    if (header.format == PhotoHeader::Format::jpeg) {
+        region = jpeg::decodeRegion(data, size, scaled.stored, fileName, denominator);
+    } else {
+        // PNG has no scaled decoding: the box's full-size pixels on the scale's grid are shrunk
+        // as they are read.
+        region = png::decodeRegion(data, size, scaled.aligned, fileName, denominator);
+    }
     return orientation.apply(region);
 }
 

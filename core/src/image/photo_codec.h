@@ -2,6 +2,7 @@
 
 #include "dravik/geometry.h"
 #include "dravik/image.h"
+#include "image/pixel_box.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -30,10 +31,27 @@ inline constexpr std::uint64_t maxPhotoFileBytes = 256u << 20;
 PhotoHeader readPhotoHeader(const std::uint8_t* data, std::size_t size,
                             const std::string& fileName);
 
-// Decodes the part `rect` (oriented pixels, rounded outwards, clipped to the photo) of a photo
-// whose header is `header`, as it is displayed. Fails with a sentence when `rect` lies outside
-// the photo or the data turns out damaged.
-Image decodePhotoRegion(const std::uint8_t* data, std::size_t size, const PhotoHeader& header,
-                        const PixelRect& rect, const std::string& fileName);
+// The whole displayed pixels of `rect` (rounded outwards, clipped to a photo of `photo` pixels);
+// refuses a rectangle outside the photo, or empty, with a sentence naming `fileName`.
+PixelBox wholePixels(const PixelRect& rect, ImageSize photo, const std::string& fileName);
+
+// A displayed box decoded at 1/denominator. DCT scaling works on the stored photo's grid, so the
+// box grows to that grid: `stored` is what is decoded, in stored pixels at the scale, `aligned`
+// the same in full-size stored pixels, `covers` the displayed pixels the decoded image shows, and
+// `size` the image's displayed size.
+struct ScaledBox {
+    PixelBox stored;
+    PixelBox aligned;
+    PixelBox covers;
+    ImageSize size;
+};
+ScaledBox scaledBox(const PixelBox& displayed, ImageSize oriented, int orientation,
+                    int denominator);
+
+// Decodes the displayed box `box` of a photo whose header is `header` at 1/denominator (1, 2, 4
+// or 8), as it is displayed. Fails with a sentence naming `fileName` when the data turns out
+// damaged.
+Image decodePhotoBox(const std::uint8_t* data, std::size_t size, const PhotoHeader& header,
+                     const PixelBox& box, const std::string& fileName, int denominator = 1);
 
 } // namespace dravik
