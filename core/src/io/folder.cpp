@@ -73,8 +73,8 @@ Folder Folder::child(const std::string& name, bool mustBeNew) const {
     if (fd)
         return Folder(path, std::move(fd));
     const int error = errno;
-    if (auto kind = kindOfEntry(fd_.get(), name); kind && (error == ENOTDIR || error == ELOOP))
-        refuse(path, *kind);
+    if (auto mode = modeOfEntry(fd_.get(), name); mode && (error == ENOTDIR || error == ELOOP))
+        refuse(path, kindOf(*mode));
     failOpen(path, error);
 }
 

@@ -44,11 +44,11 @@ std::string kindOf(mode_t mode) {
     }
 }
 
-std::optional<std::string> kindOfEntry(int folderFd, const std::string& name) {
+std::optional<mode_t> modeOfEntry(int folderFd, const std::string& name) {
     struct stat status {};
     if (::fstatat(folderFd, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0)
         return std::nullopt;
-    return kindOf(status.st_mode);
+    return status.st_mode;
 }
 
 void throwWriteFailure(int error, const std::filesystem::path& file) {

@@ -19,8 +19,8 @@ std::string reasonOf(int error);
 
 // What a file system entry is, for sentences: "a folder", "a named pipe", "a symbolic link" ...
 std::string kindOf(mode_t mode);
-// The same for the entry `name` of the folder `folderFd`, without following a link; none when
+// The type bits of the entry `name` of the folder `folderFd`, without following a link; none when
 // nothing is there.
-std::optional<std::string> kindOfEntry(int folderFd, const std::string& name);
+std::optional<mode_t> modeOfEntry(int folderFd, const std::string& name);
 
 } // namespace dravik

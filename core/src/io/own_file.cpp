@@ -22,15 +22,19 @@ namespace {
 FileDescriptor openOwnFile(const Folder& folder, const std::string& name, OwnFile content,
                            const std::filesystem::path& savedFile) {
     const std::filesystem::path file = folder.path() / name;
-    // Read and write, so that a named pipe opens at once instead of waiting for a reader; it is
-    // refused below like every other file that is not regular.
+    // What is plainly not a regular file is not even opened: opening a device can have effects
+    // of its own. The descriptor's own fstat below is what counts.
+    if (auto mode = modeOfEntry(folder.descriptor(), name); mode && !S_ISREG(*mode))
+        refuse(file, kindOf(*mode) + ", not a regular file");
+    // Read and write, so that a named pipe opens at once instead of waiting for a reader.
     FileDescriptor fd(::openat(folder.descriptor(), name.c_str(),
-                               O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0666));
+                               O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC,
+                               0666));
     if (!fd) {
         const int error = errno;
         if (error == ELOOP || error == EISDIR || error == ENXIO)
-            if (auto kind = kindOfEntry(folder.descriptor(), name))
-                refuse(file, *kind + ", not a regular file");
+            if (auto mode = modeOfEntry(folder.descriptor(), name))
+                refuse(file, kindOf(*mode) + ", not a regular file");
         throwWriteFailure(error, savedFile);
     }
     struct stat status {};

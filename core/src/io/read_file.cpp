@@ -67,17 +67,24 @@ FileDescriptor::~FileDescriptor() {
 }
 
 FileDescriptor openForReading(const std::filesystem::path& file, FileStamp* stamp) {
+    const auto refuse = [&](mode_t mode) {
+        throw DravikError(quotedName(file) + " is " + kindOf(mode) +
+                          ", not a regular file, so it was not read.");
+    };
+    // Opening a device can have effects of its own (a tape rewinds), so what is plainly not a
+    // regular file is not even opened; the descriptor's own fstat below is what counts.
+    struct stat status {};
+    if (::stat(file.c_str(), &status) == 0 && !S_ISREG(status.st_mode))
+        refuse(status.st_mode);
     // O_NONBLOCK: opening a named pipe with no writer would otherwise wait for ever. It changes
     // nothing for the regular files that are read.
-    FileDescriptor fd(::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    FileDescriptor fd(::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     if (!fd)
         failRead(file, errno);
-    struct stat status {};
     if (::fstat(fd.get(), &status) != 0)
         failRead(file, errno);
     if (!S_ISREG(status.st_mode))
-        throw DravikError(quotedName(file) + " is " + kindOf(status.st_mode) +
-                          ", not a regular file, so it was not read.");
+        refuse(status.st_mode);
     if (stamp)
         *stamp = FileStamp{static_cast<std::uint64_t>(status.st_dev),
                            static_cast<std::uint64_t>(status.st_ino),
