@@ -1,6 +1,6 @@
 // The manifest discovery writes for a folder of photos, from arbitrary file names and sizes: it is
-// either refused with a sentence (a name that is not UTF-8) or reads back as written, with unique
-// pair ids that a frame id can be built from.
+// either refused with a sentence (a name that is not UTF-8 or holds a control character) or reads
+// back as written, with unique pair ids that a frame id can be built from.
 //
 // Input: records of [name length][name bytes][width: 4 bytes][height: 4 bytes], little-endian.
 // The first record's name is the folder's. Names are made possible on disk first: no "/" or NUL,

@@ -68,9 +68,18 @@ TEST_F(WorkerTest, AnalysisAcceptsExitTwoRefusesFailuresAndLogsEachRunAfresh) {
         EXPECT_TRUE(contains(log(), "feasibility in mode " + mode));
     }
 
-    // Nowhere to write the log: the program is not even started.
+    // Nowhere to write the log, or a log planted as a link to someone's file: the program is not
+    // even started, and the file is left as it was.
+    fs::remove(args);
+    const fs::path someones = temp.path() / "someones.txt";
+    std::ofstream(someones) << "keep me\n";
+    fs::remove(log());
+    fs::create_symlink(someones, log());
+    EXPECT_EQ(failureOf([&] { analyse(); }), "Cannot create the folder analysis log.");
+    EXPECT_EQ(readText(someones), "keep me\n");
     output = temp.path() / "missing" / "analysis.json";
     EXPECT_EQ(failureOf([&] { analyse(); }), "Cannot create the folder analysis log.");
+    EXPECT_FALSE(fs::exists(args));
 }
 
 // The program ignores SIGTERM and so does what it started: the group's SIGKILL must reach both,
@@ -106,6 +115,16 @@ TEST_F(WorkerTest, RetryAnswerBeforeTheDeadlineCountsAndFloodedOutputLandsInTheL
     EXPECT_GT(readText(processLog).size(), 2u * 1024 * 1024);
     EXPECT_TRUE(contains(processLog, "end of stdout"));
     EXPECT_TRUE(contains(processLog, "end of stderr"));
+
+    // Past the cap the output is still taken, so the program finishes, but only a line says so.
+    ChildLimits capped = RetryWorker::defaultLimits();
+    capped.logBytes = 256 * 1024;
+    ASSERT_NO_THROW(redetect(capped));
+    const std::string kept = readText(processLog);
+    const std::string notice =
+        "\n[Tessary dropped the rest of this output: a run's log keeps at most 262144 bytes.]\n";
+    EXPECT_EQ(kept.size(), capped.logBytes + notice.size());
+    EXPECT_TRUE(kept.ends_with(notice));
 }
 
 TEST_F(WorkerTest, QuittingStopsARunningProgramAndStartsNoOther) {

@@ -2,10 +2,7 @@
 
 #include "dravik/atomic_file.h"
 #include "dravik/error.h"
-#include "log_file.h"
-
-#include <cstring>
-#include <system_error>
+#include "dravik/file_io.h"
 
 namespace tessary::RetryWorker {
 
@@ -17,21 +14,19 @@ ChildLimits defaultLimits() {
 
 dravik::DetectionRetry run(const dravik::RetryRequest& request, const fs::path& helper,
                            const fs::path& directory, const ChildLimits& limits) {
-    std::error_code error;
-    fs::create_directories(directory, error);
-    if (error)
-        throw dravik::DravikError("The retry folder \u201c" + directory.filename().string() +
-                                  "\u201d could not be created: " + error.message() + ".");
+    // Made under the session folder's own descriptor, never through a link: a session from
+    // someone else may hold a "detection-retries" that leads anywhere.
+    const fs::path retries = directory.parent_path();
+    const dravik::Folder folder = dravik::Folder::open(retries.parent_path())
+                                      .subfolder(retries.filename().string())
+                                      .subfolder(directory.filename().string());
+    dravik::writeFileAtomically(folder, "request.json", request.encode());
+    const dravik::FileDescriptor log =
+        dravik::openOwnFile(folder, "process.log", dravik::OwnFile::empty);
     const fs::path requestFile = directory / "request.json";
     const fs::path resultFile = directory / "result.json";
-    dravik::writeFileAtomically(requestFile, request.encode());
-
-    const LogFile log(directory / "process.log");
-    if (!log.isOpen())
-        throw dravik::DravikError("\u201cprocess.log\u201d could not be created: " +
-                                  std::string(std::strerror(log.error())) + ".");
     const ChildExit exit = runChild(helper, {"redetect", requestFile.string(), resultFile.string()},
-                                    log.descriptor(), limits);
+                                    log.get(), limits);
     if (exit.timedOut)
         throw dravik::DravikError("Detection timed out. Your corrections are preserved.");
     if (exit.crashed || exit.status != 0)

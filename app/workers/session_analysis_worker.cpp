@@ -1,7 +1,7 @@
 #include "session_analysis_worker.h"
 
 #include "dravik/error.h"
-#include "log_file.h"
+#include "dravik/file_io.h"
 
 namespace tessary::SessionAnalysisWorker {
 
@@ -15,11 +15,15 @@ void run(const fs::path& manifest, const fs::path& output, const fs::path& helpe
          const ChildLimits& limits) {
     const fs::path logPath = output.string() + ".log";
     const std::string logName = logPath.filename().string();
-    const LogFile log(logPath);
-    if (!log.isOpen())
+    dravik::FileDescriptor log;
+    try {
+        // A log planted as a link, a pipe or a hard link of another file is refused unwritten.
+        log = dravik::openOwnFile(logPath, dravik::OwnFile::empty);
+    } catch (const dravik::DravikError&) {
         throw dravik::DravikError("Cannot create the folder analysis log.");
-    const ChildExit exit = runChild(helper, {"feasibility", manifest.string(), output.string()},
-                                    log.descriptor(), limits);
+    }
+    const ChildExit exit =
+        runChild(helper, {"feasibility", manifest.string(), output.string()}, log.get(), limits);
     if (exit.timedOut)
         throw dravik::DravikError(
             "Folder analysis timed out. Originals and saved reviews are unchanged. See " + logName +

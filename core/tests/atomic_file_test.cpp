@@ -1,5 +1,5 @@
 #include "dravik/error.h"
-#include "store/atomic_file.h"
+#include "io/atomic_file.h"
 #include "store/file_lock.h"
 #include "test_support.h"
 

@@ -141,7 +141,7 @@ TEST(SessionDiscovery, UsesKnownResultsForAManifestSpelledAnotherWay) {
 }
 
 TEST(SessionDiscovery, ReportsEachBrokenFolderAndGoesOn) {
-    test::TempDir data;
+    test::TempDir data, elsewhere;
     writeText(data / "bad-manifest" / "a.jpg", jpeg(16, 16));
     writeText(data / "bad-manifest" / "session.json", "{");
     writeText(data / "bad-photo" / "a.jpg", "not a photo");
@@ -149,6 +149,9 @@ TEST(SessionDiscovery, ReportsEachBrokenFolderAndGoesOn) {
     writeText(data / "odd-name" / "caf\xe9.jpg", jpeg(16, 16));
     writeText(data / "zz-good" / "a.jpg", jpeg(16, 16));
     writeText(data / "zz-\xff" / "a.jpg", jpeg(16, 16));
+    // A linked folder may lead anywhere: nothing is written through it.
+    writeText(elsewhere / "a.jpg", jpeg(16, 16));
+    fs::create_directory_symlink(elsewhere.path(), data / "linked");
 
     FakeAnalysis analysis;
     analysis.silentIn = "no-results";
@@ -157,10 +160,14 @@ TEST(SessionDiscovery, ReportsEachBrokenFolderAndGoesOn) {
     ASSERT_EQ(report.sessions.size(), 2u);
     EXPECT_EQ(report.sessions[0].title, "zz-good");
     EXPECT_EQ(report.sessions[1].title, "zz-\uFFFD"); // a folder name only titles the session
-    EXPECT_EQ(folderNames(report), (Names{"bad-manifest", "bad-photo", "no-results", "odd-name"}));
-    EXPECT_EQ(report.failures[2].message,
-              "The analysis of “no-results” finished without writing “results.json”.");
+    EXPECT_EQ(folderNames(report),
+              (Names{"bad-manifest", "bad-photo", "linked", "no-results", "odd-name"}));
+    EXPECT_EQ(report.failures[2].message, "“linked” is a symbolic link, so it is not opened as a "
+                                          "session and nothing is written into it.");
+    EXPECT_EQ(test::entries(elsewhere.path()), (Names{"a.jpg"}));
     EXPECT_EQ(report.failures[3].message,
+              "The analysis of “no-results” finished without writing “results.json”.");
+    EXPECT_EQ(report.failures[4].message,
               "The name of the photo “caf\uFFFD.jpg” is not valid UTF-8; rename the photo so that "
               "its folder can be analysed.");
     EXPECT_FALSE(fs::exists(data / "bad-photo" / "session.json"));

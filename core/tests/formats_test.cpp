@@ -77,7 +77,7 @@ TEST(JsonReader, ReadsFilesUpToTheSizeLimit) {
     EXPECT_EQ(json::readFile(dir / "big.json", source).size(), json::maxFileBytes);
     test::writeText(dir / "big.json", text + " ");
     EXPECT_EQ(failureOf([&] { json::readFile(dir / "big.json", source); }),
-              "“results.json” is too large to be a results file (over 32 MiB).");
+              "“big.json” is too large to be a results file (over 32 MiB).");
 }
 
 TEST(JsonWriter, RefusesWhatCannotBeReadBack) {
@@ -110,6 +110,8 @@ TEST(SessionManifest, RefusesInvalidContentAndNeverWritesIt) {
             {[&](Json& r) { rider(r)["role"] = "coach"; },
              "pairs[0].riders[1].role must be \"subject\" or \"reference\""},
             {[&](Json& r) { rider(r)["file"] = ""; }, "pairs[0].riders[1].file must not be empty"},
+            {[&](Json& r) { rider(r)["file"] = "photos/ref.jpg\n"; },
+             "pairs[0].riders[1].file must not contain a control character"},
             {[&](Json& r) { rider(r)["sourceHash"] = "sha256:ABC"; },
              "pairs[0].riders[1].sourceHash must be \"sha256:\""},
             {[&](Json& r) { rider(r)["imageSize"]["width"] = 0; },

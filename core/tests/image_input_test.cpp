@@ -145,9 +145,9 @@ TEST_F(ImageInputTest, BadPhotosAndRegionsAreRefusedWithOneSentence) {
         {[&] { cut.decoded(); }, damaged("cut.jpg")},
         {[&] { cutPng.decoded(); }, damaged("cut.png")},
         {[&] { ImageInput::load(folder / "missing.jpg"); },
-         "\u201cmissing.jpg\u201d cannot be read (No such file or directory)."},
+         "\u201cmissing.jpg\u201d could not be read: no such file or directory."},
         {[&] { ImageInput::load(big); },
-         "\u201cbig.jpg\u201d is larger than 256 MiB, which is more than a photo can be."},
+         "\u201cbig.jpg\u201d is too large to be a photo (over 256 MiB)."},
     };
     for (const auto& [action, sentence] : cases)
         EXPECT_EQ(failureOf(action), sentence);
@@ -174,13 +174,21 @@ TEST_F(ImageInputTest, HugeDeclaredSizeIsRefusedFromTheHeader) {
             break;
         }
     }
-    auto png = encodePng(16, 16, std::vector<std::uint8_t>(16 * 16 * 3, 9), {});
-    for (std::size_t at : {16u, 20u}) { // IHDR width and height, then its CRC
-        png[at] = 0, png[at + 1] = 0, png[at + 2] = 20000 >> 8, png[at + 3] = 20000 & 0xff;
-    }
-    const uLong crc = crc32(0, png.data() + 12, 17);
-    for (int i = 0; i < 4; ++i)
-        png[29 + i] = std::uint8_t(crc >> (24 - 8 * i));
+    // IHDR width and height, then its CRC.
+    auto declaring = [](int width, int height, int colourType, int channels) {
+        auto png = encodePng(16, 16, std::vector<std::uint8_t>(16 * 16 * channels, 9),
+                             {.colourType = colourType});
+        for (auto [at, value] : {std::pair{16, width}, std::pair{20, height}})
+            for (int i = 0; i < 4; ++i)
+                png[at + i] = std::uint8_t(value >> (24 - 8 * i));
+        const uLong crc = crc32(0, png.data() + 12, 17);
+        for (int i = 0; i < 4; ++i)
+            png[29 + i] = std::uint8_t(crc >> (24 - 8 * i));
+        return png;
+    };
+    const auto png = declaring(20000, 20000, PNG_COLOR_TYPE_RGB, 3);
+    // 180 megapixels pass as RGB, but with a fourth sample they would take 720 MB to decode.
+    const auto rgba = declaring(15000, 12000, PNG_COLOR_TYPE_RGB_ALPHA, 4);
 
     struct rusage before {};
     getrusage(RUSAGE_SELF, &before);
@@ -191,6 +199,10 @@ TEST_F(ImageInputTest, HugeDeclaredSizeIsRefusedFromTheHeader) {
                       "\u201d declares 20000 \u00d7 20000 pixels, more than the 200 "
                       "megapixels a photo may have.");
     }
+    EXPECT_EQ(failureOf([&] { ImageInput::load(save("alpha.png", rgba)); }),
+              "\u201c"
+              "alpha.png\u201d declares 15000 \u00d7 12000 pixels of 4 samples each, more "
+              "than the 150 megapixels such a photo may have.");
     struct rusage after {};
     getrusage(RUSAGE_SELF, &after);
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(500));

@@ -150,6 +150,14 @@ TEST(ReviewDocument, EveryChangeRaisesTheRevisionAndFailuresChangeNothing) {
     EXPECT_THROW(document.setJoint(2, "nose", Point2{1, 1}, JointReviewState::corrected),
                  DravikError);
     EXPECT_EQ(document, before);
+
+    // The last revision a file may hold is never raised past, by any kind of change.
+    ReviewDocument last(document.identity(), document.frames(), ReviewDocument::maxRevision - 1);
+    const ReviewDocument unchanged = last;
+    EXPECT_THROW(last.setJoint(0, "nose", Point2{1, 1}, JointReviewState::corrected), DravikError);
+    EXPECT_THROW(last.setLeanAnnotation("corner-1/rider", std::nullopt), DravikError);
+    EXPECT_THROW(last.setPairContext("corner-1", std::nullopt), DravikError);
+    EXPECT_EQ(last, unchanged);
 }
 
 TEST(ReviewEditTarget, IndexOnlyWhileSessionCanvasAndVisibilityMatch) {

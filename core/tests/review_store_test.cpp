@@ -158,6 +158,10 @@ TEST(ReviewStoreCodec, RefusesInvalidReviews) {
              "leanAnnotations[\"corner-1/ref\"] does not fit its frame: "},
             {[](Json& r) { r["pairContexts"]["solo-2"] = r["pairContexts"]["corner-1"]; },
              "pairContexts.solo-2 belongs to a pair the document does not have"},
+            {[](Json& r) { r["revision"] = ReviewDocument::maxRevision; },
+             "revision must be below 2^62, so that it can still be raised"},
+            {[](Json& r) { r["frames"][0]["file"] = "photos/\trider.jpg"; },
+             "frames[0].file must not contain a control character"},
         });
 }
 
@@ -271,6 +275,13 @@ TEST(ReviewStoreAssetURL, StaysInsideTheManifestFolder) {
         {"photos/dangling.jpg", "The photo path “photos/dangling.jpg” in “session.json”" + outside},
         {"loop/x.jpg", "The photo path “loop/x.jpg” in “session.json” could not be resolved "
                        "because its links loop or cannot be read."},
+        // The system would read the path only up to the NUL.
+        {std::string("photos/rider.jpg\0.png", 21),
+         "The photo path “photos/rider.jpg\\u0000.png” in “session.json” must not contain a NUL "
+         "character."},
+        {"photos//rider.jpg",
+         "The photo path “photos//rider.jpg” in “session.json” must not have an empty path "
+         "component."},
     };
     for (const auto& [file, message] : refusals)
         EXPECT_EQ(failureOf([&] { ReviewStore::assetURL(file, manifest); }), message) << file;

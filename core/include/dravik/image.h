@@ -1,5 +1,6 @@
 #pragma once
 
+#include "dravik/file_io.h"
 #include "dravik/geometry.h"
 
 #include <cstddef>
@@ -12,6 +13,7 @@
 namespace dravik {
 
 class ReviewDocument;
+struct ReviewFrame;
 
 // A decoded picture: 8-bit RGB, rows top to bottom, `stride` bytes apart.
 struct Image {
@@ -28,7 +30,8 @@ struct Image {
 // Pixels are decoded on demand, and only for the part that is asked for.
 class ImageInput {
   public:
-    // Refuses photos that are not JPEG or PNG, are damaged, or declare more than 200 megapixels.
+    // Refuses files that are not regular or larger than 256 MiB, photos that are not JPEG or PNG
+    // or are damaged, and photos declaring more than 200 megapixels (150 with a fourth sample).
     static ImageInput load(const std::filesystem::path& file);
 
     const std::string& sourceHash() const { return sourceHash_; } // "sha256:" + 64 hex digits
@@ -38,20 +41,66 @@ class ImageInput {
     Image decoded() const; // the whole photo
 
   private:
-    enum class Format { jpeg, png };
     std::filesystem::path file_;
-    std::shared_ptr<const std::vector<std::uint8_t>> bytes_;
+    std::shared_ptr<const std::string> bytes_;
     std::string sourceHash_;
-    ImageSize size_;      // oriented
-    ImageSize encoded_;   // as stored
-    int orientation_ = 1; // EXIF 1..8
-    Format format_ = Format::jpeg;
+    ImageSize size_; // oriented
 };
 
-// Every frame's photo, hashed, checked against the frame's sourceHash and cropped to its panel,
-// decoded on all cores. Results are in document order; the first failure in document order wins,
-// with a sentence naming the frame's role and file.
+// A frame's photo checked for opening, without its pixels: read once, hashed and found equal to
+// the frame's sourceHash, its header read and found to be the frame's imageSize and within the
+// decoding caps. What a later decode needs, and nothing of the bytes.
+struct VerifiedPhoto {
+    std::filesystem::path file;   // resolved inside the manifest's folder
+    FileStamp stamp;              // the file as it was read and hashed
+    ImageSize size;               // after EXIF orientation
+    int orientation = 1;          // EXIF 1..8
+    PixelRect panel;              // the frame's panel in whole pixels, clipped to the photo
+    std::uint64_t panelBytes = 0; // the panel decoded at full size, as RGB
+};
+
+// Verifies every frame's photo, on all cores: results in document order; the first failure in
+// document order wins, with the sentence "Cannot load <role> photo (<file>): <reason> Previous
+// selection preserved."
+std::vector<VerifiedPhoto> verifyFramePhotos(const ReviewDocument& document,
+                                             const std::filesystem::path& manifest);
+
+// The DCT scales a panel is decoded at, by their denominator. PNGs, which have none, are decoded
+// at full size and shrunk by the mean of each block as they are read.
+enum class PhotoScale { full = 1, half = 2, quarter = 4, eighth = 8 };
+
+// A panel decoded at a scale. DCT scaling works on the stored photo's grid of `scale` pixels, so
+// the image shows `covers`, the panel grown to that grid (the same as the panel at full size):
+// image pixel (u, v) stands for the photo pixels from covers.x + u·s, covers.y + v·s, s at a
+// time, fewer along the photo's own edges.
+struct ScaledPanel {
+    Image image;
+    PhotoScale scale = PhotoScale::full;
+    PixelRect covers;
+};
+
+// The size a verified photo's panel decodes to at `scale`, without decoding it.
+ImageSize scaledPanelSize(const VerifiedPhoto& photo, PhotoScale scale);
+// The smallest scale whose decode is at least `wanted` in both directions; full when no smaller
+// one is.
+PhotoScale scaleCovering(const VerifiedPhoto& photo, ImageSize wanted);
+
+// Decodes a verified frame's panel at `scale`. The file is read again; one whose stamp changed
+// since it was verified is taken only when it still hashes to the frame's sourceHash. Data found
+// damaged only now is refused too, with the same sentence as verifyFramePhotos.
+ScaledPanel decodeFramePhoto(const ReviewFrame& frame, const VerifiedPhoto& photo,
+                             PhotoScale scale = PhotoScale::full);
+
+// The most decoded pixels opening a session holds at once.
+inline constexpr std::uint64_t defaultOpeningBudget = 2ull << 30;
+
+// Every frame's photo, hashed, checked against the frame's sourceHash and imageSize and cropped
+// to its panel, on all cores. Frames showing the same panel of the same file share one decode;
+// together the decodes may not exceed `budgetBytes`, which is checked from the headers before
+// any is decoded. Results are in document order; the first failure in document order wins, with
+// a sentence naming the frame's role and file.
 std::vector<Image> loadFramePhotos(const ReviewDocument& document,
-                                   const std::filesystem::path& manifest);
+                                   const std::filesystem::path& manifest,
+                                   std::uint64_t budgetBytes = defaultOpeningBudget);
 
 } // namespace dravik

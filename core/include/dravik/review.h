@@ -59,6 +59,10 @@ class ReviewDocument {
     ReviewDocument(std::string identity, std::vector<ReviewFrame> frames,
                    std::int64_t revision = 0);
 
+    // Revisions stay below this, so that raising one never overflows; a file holding a higher one
+    // is refused when read.
+    static constexpr std::int64_t maxRevision = std::int64_t{1} << 62;
+
     // "sha256:" + hex digest of the results file the document was made from.
     const std::string& identity() const { return identity_; }
     std::int64_t revision() const { return revision_; }
@@ -104,6 +108,7 @@ class ReviewDocument {
 
   private:
     ReviewFrame& mutableFrame(std::size_t index);
+    void requireRaisable() const;
 
     std::string identity_;
     std::int64_t revision_ = 0;

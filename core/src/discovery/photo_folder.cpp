@@ -5,6 +5,7 @@
 #include "json/json_reader.h"
 #include <algorithm>
 #include <cctype>
+#include <optional>
 #include <system_error>
 
 namespace dravik::discovery {
@@ -30,23 +31,23 @@ std::string named(const fs::path& folder) {
                       ".");
 }
 
-// Lists a folder, calling keep(entry) for each visible entry; any error is unreadable().
-template <class Keep>
-std::vector<std::string> list(const fs::path& folder, std::string_view what, Keep keep) {
+// Lists a folder, calling keep(entry) for each visible entry and taking what it returns, if
+// anything; any error is unreadable().
+template <class Keep> auto list(const fs::path& folder, std::string_view what, Keep keep) {
     std::error_code error;
     fs::directory_iterator it(folder, error);
     if (error)
         unreadable(what, folder, error);
-    std::vector<std::string> names;
+    std::vector<typename decltype(keep(*it))::value_type> kept;
     for (; it != fs::directory_iterator(); it.increment(error)) {
-        std::string name = it->path().filename().string();
-        if (!isHidden(name) && keep(*it))
-            names.push_back(std::move(name));
+        if (isHidden(it->path().filename().string()))
+            continue;
+        if (auto item = keep(*it))
+            kept.push_back(std::move(*item));
     }
     if (error)
         unreadable(what, folder, error);
-    std::sort(names.begin(), names.end());
-    return names;
+    return kept;
 }
 
 } // namespace
@@ -64,7 +65,7 @@ bool isPhotoName(std::string_view name) {
     return extension == ".jpg" || extension == ".jpeg" || extension == ".png";
 }
 
-std::vector<std::string> sessionFolderNames(const fs::path& dataDirectory) {
+std::vector<SessionFolder> sessionFolders(const fs::path& dataDirectory) {
     std::error_code error;
     fs::file_status status = fs::status(dataDirectory, error);
     if (status.type() == fs::file_type::not_found)
@@ -73,18 +74,31 @@ std::vector<std::string> sessionFolderNames(const fs::path& dataDirectory) {
         unreadable("The data folder ", dataDirectory, error);
     if (status.type() != fs::file_type::directory)
         throw DravikError("The data folder " + named(dataDirectory) + " is not a folder.");
-    return list(dataDirectory, "The data folder ", [](const fs::directory_entry& entry) {
-        std::error_code ignored; // a folder that cannot even be looked at is not a session
-        return entry.is_directory(ignored);
-    });
+    auto folders =
+        list(dataDirectory, "The data folder ",
+             [](const fs::directory_entry& entry) -> std::optional<SessionFolder> {
+                 std::error_code ignored; // what cannot be looked at is not a session
+                 if (!entry.is_directory(ignored))
+                     return std::nullopt;
+                 return SessionFolder{entry.path().filename().string(), entry.is_symlink(ignored)};
+             });
+    std::sort(folders.begin(), folders.end(),
+              [](const SessionFolder& a, const SessionFolder& b) { return a.name < b.name; });
+    return folders;
 }
 
 std::vector<std::string> photoNames(const fs::path& folder) {
-    return list(folder, "The folder ", [](const fs::directory_entry& entry) {
-        std::error_code ignored;
-        return isPhotoName(entry.path().filename().string()) &&
-               entry.symlink_status(ignored).type() == fs::file_type::regular;
-    });
+    auto names = list(folder, "The folder ",
+                      [](const fs::directory_entry& entry) -> std::optional<std::string> {
+                          std::error_code ignored;
+                          std::string name = entry.path().filename().string();
+                          if (!isPhotoName(name) ||
+                              entry.symlink_status(ignored).type() != fs::file_type::regular)
+                              return std::nullopt;
+                          return name;
+                      });
+    std::sort(names.begin(), names.end());
+    return names;
 }
 
 } // namespace dravik::discovery

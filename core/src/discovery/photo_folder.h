@@ -12,9 +12,14 @@ bool isHidden(std::string_view name);
 // ".jpg", ".jpeg" or ".png" in any case, and not hidden.
 bool isPhotoName(std::string_view name);
 
-// The visible sub-folders of the data folder, by name in byte order. Fails with one sentence
-// naming the data folder when it is missing, not a folder or unreadable.
-std::vector<std::string> sessionFolderNames(const std::filesystem::path& dataDirectory);
+struct SessionFolder {
+    std::string name;
+    bool link = false; // a symbolic link to a folder: never a session, since it may lead anywhere
+};
+
+// The visible sub-folders of the data folder, and the links to folders, by name in byte order.
+// Fails with one sentence naming the data folder when it is missing, not a folder or unreadable.
+std::vector<SessionFolder> sessionFolders(const std::filesystem::path& dataDirectory);
 
 // The photos directly inside a folder, by name in byte order. Symbolic links are left out: the
 // manifest may only name files that live in the session's own folder.

@@ -5,7 +5,7 @@
 #include "dravik/image.h"
 #include "dravik/manifest.h"
 #include "dravik/parallel.h"
-#include "store/atomic_file.h"
+#include "io/atomic_file.h"
 
 #include "json/json_reader.h"
 #include <optional>
@@ -132,15 +132,21 @@ SessionDiscoveryReport run(const fs::path& dataDirectory,
     if (!data.has_filename() && data.has_parent_path() && data != data.root_path())
         data = data.parent_path();
 
-    std::vector<std::string> folders;
+    std::vector<discovery::SessionFolder> folders;
     try {
-        folders = discovery::sessionFolderNames(data);
+        folders = discovery::sessionFolders(data);
     } catch (...) {
         report.failures.push_back({data, describeFailure(data)});
         return report;
     }
-    for (const std::string& name : folders) {
+    for (const auto& [name, link] : folders) {
         const fs::path folder = data / name;
+        if (link) {
+            report.failures.push_back({folder, json::quoted(name) +
+                                                   " is a symbolic link, so it is not opened as a "
+                                                   "session and nothing is written into it."});
+            continue;
+        }
         try {
             std::vector<std::string> photos = discovery::photoNames(folder);
             if (photos.empty())

@@ -27,6 +27,7 @@ const LeanAnnotation* ReviewDocument::leanAnnotation(std::string_view frameID) c
 
 void ReviewDocument::setLeanAnnotation(const std::string& frameID,
                                        const std::optional<LeanAnnotation>& annotation) {
+    requireRaisable();
     store(leanAnnotations_, frameID, annotation);
     ++revision_;
 }
@@ -37,6 +38,7 @@ const PairContext* ReviewDocument::pairContext(std::string_view pairID) const {
 
 void ReviewDocument::setPairContext(const std::string& pairID,
                                     const std::optional<PairContext>& context) {
+    requireRaisable();
     store(pairContexts_, pairID, context);
     ++revision_;
 }
@@ -47,6 +49,7 @@ const LeanPairContext* ReviewDocument::leanPairContext(std::string_view pairID) 
 
 void ReviewDocument::setLeanPairContext(const std::string& pairID,
                                         const std::optional<LeanPairContext>& context) {
+    requireRaisable();
     store(leanPairContexts_, pairID, context);
     ++revision_;
 }

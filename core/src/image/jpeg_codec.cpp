@@ -97,13 +97,18 @@ bool adobeCmyk(const jpeg_decompress_struct& cinfo) {
 }
 
 // Starts decompression cropped to the columns of `box`; `left` gets the first decoded column.
-bool startRegion(Decoder& d, const PixelBox& box, JDIMENSION& left) {
+bool startRegion(Decoder& d, const PixelBox& box, int denominator, JDIMENSION& left) {
     if (setjmp(d.errors.jump))
         return false;
     d.cinfo.out_color_space = adobeCmyk(d.cinfo) ? JCS_CMYK : JCS_EXT_RGB;
+    d.cinfo.scale_num = 1;
+    d.cinfo.scale_denom = static_cast<unsigned int>(denominator);
     jpeg_start_decompress(&d.cinfo);
     left = 0;
     const auto width = static_cast<int>(d.cinfo.output_width);
+    // The box was computed from the header's size; the decoder's scaled size must agree.
+    if (box.x + box.width > width || box.y + box.height > static_cast<int>(d.cinfo.output_height))
+        return false;
     if (box.x > 0 || box.width < width) {
         // One column of margin on each side: smooth chroma upsampling treats the crop's edges
         // as the photo's, which would change the edge pixels.
@@ -198,6 +203,7 @@ Header readHeader(const std::uint8_t* data, std::size_t size, const std::string&
         fail(d.errors, fileName);
     Header header;
     header.size = {static_cast<int>(d.cinfo.image_width), static_cast<int>(d.cinfo.image_height)};
+    header.components = d.cinfo.num_components;
     for (jpeg_saved_marker_ptr marker = d.cinfo.marker_list; marker; marker = marker->next) {
         if (marker->marker == JPEG_APP0 + 1) {
             header.orientation = exifOrientation(marker->data, marker->data_length);
@@ -209,10 +215,10 @@ Header readHeader(const std::uint8_t* data, std::size_t size, const std::string&
 }
 
 Image decodeRegion(const std::uint8_t* data, std::size_t size, const PixelBox& box,
-                   const std::string& fileName) {
+                   const std::string& fileName, int denominator) {
     Decoder d;
     JDIMENSION left = 0;
-    if (!start(d, data, size, false) || !startRegion(d, box, left))
+    if (!start(d, data, size, false) || !startRegion(d, box, denominator, left))
         fail(d.errors, fileName);
     const bool cmyk = d.cinfo.out_color_space == JCS_CMYK;
     const std::size_t scratchStride =

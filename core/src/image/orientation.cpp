@@ -42,6 +42,15 @@ PixelBox Orientation::toStored(const PixelBox& displayed, ImageSize stored) cons
     return box;
 }
 
+PixelBox Orientation::toDisplayed(const PixelBox& stored, ImageSize storedSize) const {
+    PixelBox box = stored;
+    if (flipU)
+        box.x = storedSize.width - box.x - box.width;
+    if (flipV)
+        box.y = storedSize.height - box.y - box.height;
+    return transpose ? PixelBox{box.y, box.x, box.height, box.width} : box;
+}
+
 Image Orientation::apply(const Image& stored) const {
     if (identity() || stored.empty())
         return stored;

@@ -19,6 +19,8 @@ struct Orientation {
     ImageSize oriented(ImageSize stored) const;
     // The stored pixels that hold a displayed box of a photo whose stored size is `stored`.
     PixelBox toStored(const PixelBox& displayed, ImageSize stored) const;
+    // The displayed pixels a stored box of such a photo shows.
+    PixelBox toDisplayed(const PixelBox& stored, ImageSize storedSize) const;
     // Turns a decoded stored region into its displayed form.
     Image apply(const Image& stored) const;
 };

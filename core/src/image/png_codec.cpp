@@ -93,10 +93,63 @@ void toRgb(const std::uint8_t* row, const PixelBox& box, int channels, std::uint
     }
 }
 
+// Takes the box's rows, top to bottom, and keeps them as RGB at 1/denominator of their size:
+// each kept pixel is the mean of the (up to) denominator × denominator pixels it stands for.
+class RowSink {
+  public:
+    RowSink(const PixelBox& box, int channels, int denominator, std::uint8_t* out,
+            std::size_t outStride)
+        : box_(box), channels_(channels), denominator_(denominator), out_(out),
+          outStride_(outStride), outWidth_((box.width + denominator - 1) / denominator) {
+        if (denominator_ > 1) {
+            rgb_.resize(static_cast<std::size_t>(box.width) * 3);
+            sums_.resize(static_cast<std::size_t>(outWidth_) * 3);
+        }
+    }
+
+    void add(const std::uint8_t* pngRow) {
+        if (denominator_ == 1) {
+            toRgb(pngRow, box_, channels_, out_ + static_cast<std::size_t>(row_++) * outStride_);
+            return;
+        }
+        toRgb(pngRow, box_, channels_, rgb_.data());
+        for (int x = 0; x < box_.width; ++x)
+            for (int c = 0; c < 3; ++c)
+                sums_[static_cast<std::size_t>(x / denominator_) * 3 + c] += rgb_[x * 3 + c];
+        if (++row_ % denominator_ == 0 || row_ == box_.height)
+            flush();
+    }
+
+  private:
+    void flush() {
+        const int band = (row_ - 1) % denominator_ + 1; // rows in this band
+        std::uint8_t* out = out_ + static_cast<std::size_t>((row_ - 1) / denominator_) * outStride_;
+        for (int u = 0; u < outWidth_; ++u) {
+            const int columns = std::min(denominator_, box_.width - u * denominator_);
+            const auto count = static_cast<std::uint32_t>(band * columns);
+            for (int c = 0; c < 3; ++c) {
+                std::uint32_t& sum = sums_[static_cast<std::size_t>(u) * 3 + c];
+                out[u * 3 + c] = static_cast<std::uint8_t>((sum + count / 2) / count);
+                sum = 0;
+            }
+        }
+    }
+
+    PixelBox box_;
+    int channels_;
+    int denominator_;
+    std::uint8_t* out_;
+    std::size_t outStride_;
+    int outWidth_;
+    int row_ = 0;
+    std::vector<std::uint8_t> rgb_;
+    std::vector<std::uint32_t> sums_;
+};
+
 // Sequential files stream through one row; interlaced ones need the box's rows at full width
 // (`rows`), since every pass adds pixels to them.
 bool readRegion(Decoder& d, const PixelBox& box, const Layout& layout, std::uint8_t* scratch,
-                std::uint8_t* rows, std::uint8_t* out, std::size_t outStride) {
+                std::uint8_t* rows, RowSink* sink) {
     if (setjmp(png_jmpbuf(d.png)))
         return false;
     const int end = box.y + box.height;
@@ -104,7 +157,7 @@ bool readRegion(Decoder& d, const PixelBox& box, const Layout& layout, std::uint
         for (int y = 0; y < end; ++y) {
             png_read_row(d.png, scratch, nullptr);
             if (y >= box.y)
-                toRgb(scratch, box, layout.channels, out + (y - box.y) * outStride);
+                sink->add(scratch);
         }
         return true;
     }
@@ -116,7 +169,7 @@ bool readRegion(Decoder& d, const PixelBox& box, const Layout& layout, std::uint
                          nullptr);
     }
     for (int y = 0; y < box.height; ++y)
-        toRgb(rows + y * layout.rowBytes, box, layout.channels, out + y * outStride);
+        sink->add(rows + y * layout.rowBytes);
     return true;
 }
 
@@ -137,6 +190,8 @@ Header readHeader(const std::uint8_t* data, std::size_t size, const std::string&
     Header header;
     header.size = {static_cast<int>(png_get_image_width(d.png, d.info)),
                    static_cast<int>(png_get_image_height(d.png, d.info))};
+    header.alpha = (png_get_color_type(d.png, d.info) & PNG_COLOR_MASK_ALPHA) != 0 ||
+                   png_get_valid(d.png, d.info, PNG_INFO_tRNS) != 0;
     png_uint_32 exifSize = 0;
     png_bytep exif = nullptr;
     if (png_get_eXIf_1(d.png, d.info, &exifSize, &exif) != 0 && exif)
@@ -145,7 +200,7 @@ Header readHeader(const std::uint8_t* data, std::size_t size, const std::string&
 }
 
 Image decodeRegion(const std::uint8_t* data, std::size_t size, const PixelBox& box,
-                   const std::string& fileName) {
+                   const std::string& fileName, int denominator) {
     Decoder d(data, size);
     Layout layout;
     if (!startRegion(d, layout))
@@ -154,11 +209,14 @@ Image decodeRegion(const std::uint8_t* data, std::size_t size, const PixelBox& b
     std::vector<std::uint8_t> rows;
     if (layout.passes > 1)
         rows.resize(layout.rowBytes * box.height);
-    const std::size_t stride = static_cast<std::size_t>(box.width) * 3;
-    auto pixels = std::make_shared<std::vector<std::uint8_t>>(stride * box.height);
-    if (!readRegion(d, box, layout, scratch.data(), rows.data(), pixels->data(), stride))
+    const int width = (box.width + denominator - 1) / denominator;
+    const int height = (box.height + denominator - 1) / denominator;
+    const std::size_t stride = static_cast<std::size_t>(width) * 3;
+    auto pixels = std::make_shared<std::vector<std::uint8_t>>(stride * height);
+    RowSink sink(box, layout.channels, denominator, pixels->data(), stride);
+    if (!readRegion(d, box, layout, scratch.data(), rows.data(), &sink))
         fail(fileName);
-    return Image{box.width, box.height, stride, std::move(pixels)};
+    return Image{width, height, stride, std::move(pixels)};
 }
 
 } // namespace dravik::png

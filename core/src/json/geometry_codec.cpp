@@ -50,6 +50,32 @@ PixelRect readRectInside(const Node& node, const ImageSize& size) {
     return rect;
 }
 
+std::optional<std::string> photoPathProblem(std::string_view file) {
+    if (file.empty())
+        return "must not be empty";
+    if (file.find('\0') != std::string_view::npos)
+        return "must not contain a NUL character";
+    for (unsigned char c : file)
+        if (c < 0x20 || c == 0x7f)
+            return "must not contain a control character";
+    for (std::size_t start = 0;;) {
+        const std::size_t slash = file.find('/', start);
+        const std::size_t end = slash == std::string_view::npos ? file.size() : slash;
+        if (end == start && start > 0) // a leading "/" is an absolute path, refused elsewhere
+            return "must not have an empty path component";
+        if (slash == std::string_view::npos)
+            return std::nullopt;
+        start = slash + 1;
+    }
+}
+
+std::string readPhotoPath(const Node& node) {
+    std::string file = node.string();
+    if (auto problem = photoPathProblem(file))
+        node.fail(*problem);
+    return file;
+}
+
 std::string readRole(const Node& node) {
     std::string role = node.string();
     if (role != "subject" && role != "reference")

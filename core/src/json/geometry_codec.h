@@ -3,6 +3,7 @@
 #include "dravik/geometry.h"
 
 #include "json/json_reader.h"
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -24,6 +25,12 @@ Json write(const ImageSize& size);
 PixelRect readRectInside(const Node& node, const ImageSize& size);
 // "subject" or "reference".
 std::string readRole(const Node& node);
+
+// A photo's path as a manifest names it: not empty, and without a NUL, a control character or an
+// empty component ("a//b.jpg", "photos/"), which no file of the folder can have. Returns the
+// problem ("must not contain a NUL character"), or none.
+std::optional<std::string> photoPathProblem(std::string_view file);
+std::string readPhotoPath(const Node& node);
 
 // "sha256:" + 64 lower-case hex digits.
 bool isContentHash(std::string_view text);

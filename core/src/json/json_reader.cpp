@@ -1,14 +1,10 @@
 #include "json/json_reader.h"
 
-#include "io/file_descriptor.h"
+#include "dravik/file_io.h"
 
-#include <cerrno>
 #include <cmath>
-#include <cstring>
-#include <fcntl.h>
 #include <limits>
 #include <set>
-#include <unistd.h>
 
 namespace dravik::json {
 
@@ -37,16 +33,6 @@ std::string keyPath(const std::string& parent, std::string_view key) {
     if (key.size() > maxKeyInMessage)
         escaped.insert(escaped.size() - 1, "…");
     return parent + "[" + escaped + "]";
-}
-
-std::string lowerFirst(std::string text) {
-    if (!text.empty() && text[0] >= 'A' && text[0] <= 'Z')
-        text[0] = static_cast<char>(text[0] - 'A' + 'a');
-    return text;
-}
-
-std::string readProblem(int error) {
-    return lowerFirst(std::strerror(error));
 }
 
 // Thrown by the parse callback; turned into a sentence once parsing has stopped.
@@ -82,27 +68,7 @@ void fail(const Source& source, std::string_view problem) {
 }
 
 std::string readFile(const std::filesystem::path& file, const Source& source) {
-    const std::string label = json::quoted(source.label);
-    FileDescriptor fd(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
-    if (fd.get() < 0)
-        throw DravikError(label + " could not be read: " + readProblem(errno) + ".");
-    std::string text;
-    char buffer[64 * 1024];
-    for (;;) {
-        ssize_t n = ::read(fd.get(), buffer, sizeof buffer);
-        if (n < 0) {
-            if (errno == EINTR)
-                continue;
-            throw DravikError(label + " could not be read: " + readProblem(errno) + ".");
-        }
-        if (n == 0)
-            break;
-        if (text.size() + static_cast<std::size_t>(n) > maxFileBytes)
-            throw DravikError(label + " is too large to be a " + source.kind + " (over " +
-                              std::to_string(maxFileBytes >> 20) + " MiB).");
-        text.append(buffer, static_cast<std::size_t>(n));
-    }
-    return text;
+    return readWholeFile(file, source.kind, maxFileBytes).bytes;
 }
 
 Json parse(std::string_view text, const Source& source) {

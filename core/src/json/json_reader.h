@@ -36,7 +36,7 @@ std::string quoted(std::string_view label);
 // Another sentence quoted after a colon: lower-case first letter, no final stop.
 std::string clause(std::string sentence);
 
-// The whole file; refuses files larger than maxFileBytes. Messages name source.label.
+// The whole regular file (readWholeFile); refuses files larger than maxFileBytes.
 std::string readFile(const std::filesystem::path& file, const Source& source);
 
 // Parses hostile text: refuses malformed JSON, invalid UTF-8, nesting deeper than maxDepth,

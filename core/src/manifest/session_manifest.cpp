@@ -25,7 +25,7 @@ RiderInput readRider(const json::Node& node) {
     rider.id = readID(node["id"]);
     rider.role = json::readRole(node["role"]);
     rider.displayName = node["displayName"].string();
-    rider.file = node["file"].nonEmptyString();
+    rider.file = json::readPhotoPath(node["file"]);
     rider.sourceHash = json::readContentHash(node["sourceHash"]);
     rider.imageSize = json::readImageSize(node["imageSize"]);
     rider.panel = json::readRectInside(node["panel"], rider.imageSize);

@@ -2,7 +2,6 @@
 #include "dravik/review.h"
 
 #include <algorithm>
-#include <limits>
 
 namespace dravik {
 
@@ -33,9 +32,13 @@ std::optional<std::size_t> ReviewDocument::frameIndex(std::string_view id) const
 ReviewFrame& ReviewDocument::mutableFrame(std::size_t index) {
     if (index >= frames_.size())
         throw DravikError("The review has no frame number " + std::to_string(index + 1) + ".");
-    if (revision_ == std::numeric_limits<std::int64_t>::max())
-        throw DravikError("The review has reached its highest revision number.");
+    requireRaisable();
     return frames_[index];
+}
+
+void ReviewDocument::requireRaisable() const {
+    if (revision_ >= maxRevision - 1)
+        throw DravikError("The review has reached its highest revision number.");
 }
 
 // The frame operations check everything before they change anything, so a failure leaves both

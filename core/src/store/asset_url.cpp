@@ -1,5 +1,6 @@
 #include "dravik/store.h"
 
+#include "json/geometry_codec.h"
 #include "json/json_reader.h"
 #include <deque>
 #include <system_error>
@@ -59,6 +60,13 @@ fs::path ReviewStore::assetURL(const std::string& file, const fs::path& manifest
     const std::string fileLabel = json::quoted(file);
     if (file.empty())
         throw DravikError(manifestLabel + " names a photo with an empty path.");
+    // A NUL would cut the path short where the system reads it.
+    if (auto problem = json::photoPathProblem(file)) {
+        const std::string escaped =
+            json::Json(file).dump(-1, ' ', true, json::Json::error_handler_t::replace);
+        throw DravikError("The photo path " + json::quoted(escaped.substr(1, escaped.size() - 2)) +
+                          " in " + manifestLabel + " " + *problem + ".");
+    }
     fs::path relative(file);
     if (relative.has_root_path())
         throw DravikError("The photo path " + fileLabel + " in " + manifestLabel +

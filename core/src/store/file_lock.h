@@ -1,5 +1,7 @@
 #pragma once
 
+#include "dravik/file_io.h"
+
 #include <chrono>
 #include <filesystem>
 
@@ -13,14 +15,13 @@ class FileLock {
     // Waits up to `patience` for another holder, then refuses with a DravikError naming `file`.
     explicit FileLock(const std::filesystem::path& file,
                       std::chrono::milliseconds patience = std::chrono::seconds(10));
-    ~FileLock();
     FileLock(const FileLock&) = delete;
     FileLock& operator=(const FileLock&) = delete;
 
     static std::filesystem::path lockPath(const std::filesystem::path& file);
 
   private:
-    int fd_ = -1;
+    FileDescriptor fd_; // closing it releases the lock
 };
 
 } // namespace dravik

@@ -48,7 +48,7 @@ ReviewFrame readFrame(const json::Node& node) {
     frame.role = json::readRole(node["role"]);
     frame.riderDisplayName = node["riderDisplayName"].string();
     frame.name = node["name"].string();
-    frame.file = node["file"].nonEmptyString();
+    frame.file = json::readPhotoPath(node["file"]);
     frame.sourceHash = json::readContentHash(node["sourceHash"]);
     frame.imageSize = json::readImageSize(node["imageSize"]);
     frame.panel = json::readRectInside(node["panel"], frame.imageSize);
@@ -150,6 +150,8 @@ std::pair<std::string, std::int64_t> readHead(const json::Node& root) {
     std::int64_t revision = revisionNode.integer();
     if (revision < 0)
         revisionNode.fail("must not be negative");
+    if (revision >= ReviewDocument::maxRevision)
+        revisionNode.fail("must be below 2^62, so that it can still be raised");
     return {std::move(identity), revision};
 }
 

@@ -1,51 +1,18 @@
 #include "dravik/error.h"
+#include "dravik/file_io.h"
 #include "dravik/store.h"
-#include "store/atomic_file.h"
+#include "io/atomic_file.h"
+#include "io/io_failure.h"
 #include "store/file_lock.h"
-#include "store/io_failure.h"
 
-#include <cerrno>
-#include <fcntl.h>
+#include "json/json_reader.h"
 #include <map>
 #include <mutex>
 #include <sys/stat.h>
-#include <system_error>
-#include <unistd.h>
 
 namespace dravik {
 
 namespace {
-
-// The whole file, or none when it does not exist.
-std::optional<std::string> readIfPresent(const std::filesystem::path& file) {
-    const int fd = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) {
-        if (errno == ENOENT)
-            return std::nullopt;
-        const int error = errno;
-        throw DravikError("The review " + quotedName(file) + " exists but cannot be read (" +
-                          std::system_category().message(error) + "), so it was not overwritten.");
-    }
-    std::string bytes;
-    char buffer[65536];
-    for (;;) {
-        const ssize_t got = ::read(fd, buffer, sizeof buffer);
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got < 0) {
-            const int error = errno;
-            ::close(fd);
-            throw DravikError("The review " + quotedName(file) + " exists but cannot be read (" +
-                              std::system_category().message(error) +
-                              "), so it was not overwritten.");
-        }
-        if (got == 0)
-            break;
-        bytes.append(buffer, static_cast<std::size_t>(got));
-    }
-    ::close(fd);
-    return bytes;
-}
 
 // What this process last wrote to a review file. A file whose identity and times still match was
 // not touched since, so its revision is known without reading and decoding it again; a rename
@@ -70,7 +37,7 @@ std::map<std::filesystem::path, WrittenFile> written;
 
 std::optional<std::int64_t> knownRevision(const std::filesystem::path& file) {
     struct stat info {};
-    if (::stat(file.c_str(), &info) != 0)
+    if (::lstat(file.c_str(), &info) != 0)
         return std::nullopt;
     const std::lock_guard guard(writtenMutex);
     auto it = written.find(file);
@@ -82,7 +49,7 @@ std::optional<std::int64_t> knownRevision(const std::filesystem::path& file) {
 void rememberWritten(const std::filesystem::path& file, std::int64_t revision) {
     struct stat info {};
     const std::lock_guard guard(writtenMutex);
-    if (::stat(file.c_str(), &info) != 0) {
+    if (::lstat(file.c_str(), &info) != 0) {
         written.erase(file);
         return;
     }
@@ -93,11 +60,18 @@ void rememberWritten(const std::filesystem::path& file, std::int64_t revision) {
 // A file that is not a review this library can read (another format, a newer version, damage)
 // is refused rather than overwritten: it may be someone's work.
 std::optional<std::int64_t> revisionOnDisk(const std::filesystem::path& file) {
-    const auto bytes = readIfPresent(file);
-    if (!bytes)
+    std::optional<FileContents> contents;
+    try {
+        contents = readWholeFileIfPresent(file, "review document", json::maxFileBytes);
+    } catch (const DravikError& error) {
+        throw DravikError("The review " + quotedName(file) +
+                          " was not overwritten, because it could not be checked: " +
+                          json::clause(error.message()) + ".");
+    }
+    if (!contents)
         return std::nullopt;
     try {
-        return ReviewStore::decode(*bytes, file.filename().string()).revision();
+        return ReviewStore::decode(contents->bytes, file.filename().string()).revision();
     } catch (const DravikError&) {
         throw DravikError("The file " + quotedName(file) +
                           " on disk is not a review that can be read here, so it was not " +

@@ -1,14 +1,54 @@
-#include "store/io_failure.h"
+#include "io/io_failure.h"
 
 #include "dravik/error.h"
 
+#include <cctype>
 #include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <system_error>
 
 namespace dravik {
 
 std::string quotedName(const std::filesystem::path& file) {
-    return "\u201c" + file.filename().string() + "\u201d";
+    std::string name = file.filename().string();
+    if (name.empty())
+        name = file.parent_path().filename().string();
+    return "\u201c" + name + "\u201d";
+}
+
+std::string reasonOf(int error) {
+    std::string text = std::system_category().message(error);
+    if (!text.empty())
+        text[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(text[0])));
+    return text;
+}
+
+std::string kindOf(mode_t mode) {
+    switch (mode & S_IFMT) {
+    case S_IFREG:
+        return "a regular file";
+    case S_IFDIR:
+        return "a folder";
+    case S_IFLNK:
+        return "a symbolic link";
+    case S_IFIFO:
+        return "a named pipe";
+    case S_IFCHR:
+    case S_IFBLK:
+        return "a device";
+    case S_IFSOCK:
+        return "a socket";
+    default:
+        return "not a regular file";
+    }
+}
+
+std::optional<mode_t> modeOfEntry(int folderFd, const std::string& name) {
+    struct stat status {};
+    if (::fstatat(folderFd, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0)
+        return std::nullopt;
+    return status.st_mode;
 }
 
 void throwWriteFailure(int error, const std::filesystem::path& file) {

@@ -1,7 +1,8 @@
-#include "store/atomic_file.h"
+#include "io/atomic_file.h"
 
 #include "dravik/error.h"
-#include "store/io_failure.h"
+#include "dravik/file_io.h"
+#include "io/io_failure.h"
 
 #include <array>
 #include <cerrno>
@@ -38,16 +39,17 @@ std::string randomSuffix() {
 }
 
 // Like mkstemp, but created with 0666 so that the user's umask decides the final mode.
-int openTemporary(const std::filesystem::path& folder, const std::string& prefix,
-                  std::filesystem::path& temporary) {
+FileDescriptor openTemporary(const Folder& folder, const std::string& prefix,
+                             std::string& temporary) {
     for (int attempt = 0; attempt < 100; ++attempt) {
-        temporary = folder / (prefix + randomSuffix());
-        const int fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-        if (fd >= 0 || errno != EEXIST)
+        temporary = prefix + randomSuffix();
+        FileDescriptor fd(::openat(folder.descriptor(), temporary.c_str(),
+                                   O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
+        if (fd || errno != EEXIST)
             return fd;
     }
     errno = EEXIST;
-    return -1;
+    return FileDescriptor();
 }
 
 // Returns 0 or the errno of the failure; a short write is continued, never committed.
@@ -74,21 +76,14 @@ int syncData(int fd) {
     return 0;
 }
 
-int syncFolder(const std::filesystem::path& folder) {
-    const int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (fd < 0)
-        return errno;
-    int failure = 0;
-    while (::fsync(fd) != 0) {
+int syncFolder(const Folder& folder) {
+    while (::fsync(folder.descriptor()) != 0) {
         if (errno == EINTR)
             continue;
         // Some file systems cannot sync a folder at all; the rename is as durable as they allow.
-        if (errno != EINVAL && errno != EROFS)
-            failure = errno;
-        break;
+        return errno == EINVAL || errno == EROFS ? 0 : errno;
     }
-    ::close(fd);
-    return failure;
+    return 0;
 }
 
 } // namespace
@@ -97,27 +92,34 @@ std::string temporaryPrefix(const std::filesystem::path& path) {
     return "." + path.filename().string() + ".tmp-";
 }
 
-void writeFileAtomically(const std::filesystem::path& path, std::string_view bytes) {
-    const auto folder = folderOf(path);
-    std::filesystem::path temporary;
-    const int fd = openTemporary(folder, temporaryPrefix(path), temporary);
-    if (fd < 0)
-        throwWriteFailure(errno, path);
-
+void writeFileAtomically(const Folder& folder, const std::string& name, std::string_view bytes) {
+    const std::filesystem::path path = folder.path() / name;
     struct stat existing {};
-    if (::stat(path.c_str(), &existing) == 0 && S_ISREG(existing.st_mode))
-        ::fchmod(fd, existing.st_mode & 07777); // best effort: a lost mode is no reason to fail
+    const bool exists =
+        ::fstatat(folder.descriptor(), name.c_str(), &existing, AT_SYMLINK_NOFOLLOW) == 0;
+    // Renaming over a link would be harmless to its target, but a link or a pipe where a file of
+    // ours belongs is not ours to remove.
+    if (exists && !S_ISREG(existing.st_mode))
+        throw DravikError(quotedName(path) + " is " + kindOf(existing.st_mode) +
+                          ", not a regular file, so it was not replaced; nothing was written.");
+    std::string temporary;
+    FileDescriptor fd = openTemporary(folder, temporaryPrefix(path), temporary);
+    if (!fd)
+        throwWriteFailure(errno, path);
+    if (exists)
+        ::fchmod(fd.get(), existing.st_mode & 07777); // best effort: a lost mode is no failure
 
-    int failure = writeAll(fd, bytes);
+    int failure = writeAll(fd.get(), bytes);
     if (failure == 0)
-        failure = syncData(fd);
+        failure = syncData(fd.get());
     // Linux closes the descriptor even when close() reports EINTR, and the data is synced by now.
-    if (::close(fd) != 0 && failure == 0 && errno != EINTR)
+    if (::close(fd.release()) != 0 && failure == 0 && errno != EINTR)
         failure = errno;
-    if (failure == 0 && ::rename(temporary.c_str(), path.c_str()) != 0)
+    if (failure == 0 &&
+        ::renameat(folder.descriptor(), temporary.c_str(), folder.descriptor(), name.c_str()) != 0)
         failure = errno;
     if (failure != 0) {
-        ::unlink(temporary.c_str());
+        ::unlinkat(folder.descriptor(), temporary.c_str(), 0);
         throwWriteFailure(failure, path);
     }
     if (const int folderFailure = syncFolder(folder); folderFailure != 0)
@@ -126,13 +128,18 @@ void writeFileAtomically(const std::filesystem::path& path, std::string_view byt
                           "), so the change may not survive a power failure.");
 }
 
+void writeFileAtomically(const std::filesystem::path& path, std::string_view bytes) {
+    writeFileAtomically(folderOfFile(path), path.filename().string(), bytes);
+}
+
 void removeStaleTemporaries(const std::filesystem::path& path) {
     const std::string prefix = temporaryPrefix(path);
     std::error_code error;
     for (std::filesystem::directory_iterator it(folderOf(path), error), end; !error && it != end;
          it.increment(error)) {
         const std::string name = it->path().filename().string();
-        if (name.starts_with(prefix) && it->is_regular_file(error))
+        if (name.starts_with(prefix) &&
+            it->symlink_status(error).type() == std::filesystem::file_type::regular)
             ::unlink(it->path().c_str()); // best effort: a leftover costs space, not correctness
     }
 }
