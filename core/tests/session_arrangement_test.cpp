@@ -184,7 +184,8 @@ TEST_F(TwoDiscoveredPhotos, AFailedWriteLeavesEveryFileAsItWas) {
     // The results' hidden staging name is taken: the review staged before it goes again.
     fs::create_directories(folder / ".results.json.arranged" / "taken");
     EXPECT_EQ(failureOf([&] { arrangement.apply(manifest, results); }),
-              "“results.json” could not be saved (Is a directory); nothing on disk was changed.");
+              "“results.json” is a folder, not a regular file, so it was not replaced; nothing was "
+              "written.");
     fs::remove_all(folder / ".results.json.arranged");
     EXPECT_EQ(contents(folder), before);
 

@@ -1,7 +1,8 @@
 #include "environment/bundle.h"
 
+#include "dravik/launch_config.h"
+
 #include <QCoreApplication>
-#include <QFile>
 #include <cstdlib>
 #include <optional>
 
@@ -21,13 +22,13 @@ std::filesystem::path Bundle::batchProgram() const {
 }
 
 std::optional<std::filesystem::path> Bundle::dataDirectory() const {
-    QFile file(QString::fromStdString(resourcePath("data-directory.txt").string()));
-    if (!file.open(QIODevice::ReadOnly))
-        return std::nullopt;
-    const QString text = QString::fromUtf8(file.readAll()).trimmed();
-    if (text.isEmpty())
-        return std::nullopt;
-    return expandUserPath(text.toStdString());
+    try {
+        if (auto text = dravik::readDataDirectory(resourcePath("data-directory.txt")))
+            return expandUserPath(*text);
+    } catch (const std::exception&) {
+        // An unreadable setting is no setting: discovery says it needs a configured folder.
+    }
+    return std::nullopt;
 }
 
 namespace {

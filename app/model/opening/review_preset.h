@@ -1,10 +1,9 @@
 #pragma once
 
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
-
-class QByteArray;
 
 namespace tessary {
 
@@ -18,8 +17,8 @@ struct ReviewPreset {
     const std::string& id() const { return manifest; }
 };
 
-// A JSON array of objects with exactly the string keys "title", "manifest" and "results";
-// none when the text is anything else. The paths are expanded as expandUserPath does.
-std::optional<std::vector<ReviewPreset>> decodePresets(const QByteArray& json);
+// The presets of a launch file, its paths expanded as expandUserPath does; none when the file is
+// missing or is not a launch file the core reads.
+std::optional<std::vector<ReviewPreset>> readPresets(const std::filesystem::path& launchFile);
 
 } // namespace tessary

@@ -4,7 +4,6 @@
 #include "opening/session_reading.h"
 #include "reviewer_model.h"
 
-#include <QFile>
 
 namespace tessary {
 
@@ -12,11 +11,8 @@ namespace fs = std::filesystem;
 
 void ReviewerModel::loadPresets() {
     SignalHold hold(*this);
-    QFile file(QString::fromStdString(bundle_.resourcePath("launch.json").string()));
-    if (!file.open(QIODevice::ReadOnly))
-        return;
-    if (auto decoded = decodePresets(file.readAll()))
-        assign(presets_, *decoded, presetsChange);
+    if (auto read = readPresets(bundle_.resourcePath("launch.json")))
+        assign(presets_, *read, presetsChange);
 }
 
 void ReviewerModel::openPreset(const ReviewPreset& preset) {

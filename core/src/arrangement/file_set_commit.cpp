@@ -2,7 +2,9 @@
 
 #include "dravik/atomic_file.h"
 #include "dravik/error.h"
-#include "store/io_failure.h"
+#include "dravik/file_io.h"
+#include "io/atomic_file.h"
+#include "io/io_failure.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -25,21 +27,13 @@ fs::path folderOf(const fs::path& file) {
     return file.parent_path().empty() ? fs::path(".") : file.parent_path();
 }
 
-// 0 or the errno of the failure; file systems that cannot sync a folder count as synced.
+// 0 or the errno of the failure.
 int syncFolder(const fs::path& folder) {
-    const int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (fd < 0)
-        return errno;
-    int failure = 0;
-    while (::fsync(fd) != 0) {
-        if (errno == EINTR)
-            continue;
-        if (errno != EINVAL && errno != EROFS)
-            failure = errno;
-        break;
+    try {
+        return dravik::syncFolder(Folder::open(folder, Folder::Link::follow));
+    } catch (const DravikError&) {
+        return EIO;
     }
-    ::close(fd);
-    return failure;
 }
 
 struct Slot {

@@ -76,6 +76,8 @@ int syncData(int fd) {
     return 0;
 }
 
+} // namespace
+
 int syncFolder(const Folder& folder) {
     while (::fsync(folder.descriptor()) != 0) {
         if (errno == EINTR)
@@ -85,8 +87,6 @@ int syncFolder(const Folder& folder) {
     }
     return 0;
 }
-
-} // namespace
 
 std::string temporaryPrefix(const std::filesystem::path& path) {
     return "." + path.filename().string() + ".tmp-";
