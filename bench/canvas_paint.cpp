@@ -27,11 +27,6 @@ namespace {
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 
-class NoChooser : public tessary::FileChooser {
-  public:
-    std::optional<fs::path> chooseJson(const std::string&) override { return std::nullopt; }
-};
-
 double millisecondsOf(const std::function<void()>& work) {
     const auto start = Clock::now();
     work();
@@ -99,7 +94,8 @@ int main(int argc, char** argv) {
         tessary::samplegen::writeSession(folder, options);
     }
 
-    tessary::ReviewerModel model(tessary::Bundle(folder / "bundle"), std::make_shared<NoChooser>());
+    tessary::ReviewerModel model(tessary::Bundle(folder / "bundle"),
+                                 std::make_shared<tessary::CancellingFileChooser>());
     const double openTime =
         millisecondsOf([&] { model.load(folder / "session.json", folder / "results.json"); });
     if (model.error() || !model.frame()) {

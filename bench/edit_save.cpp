@@ -24,11 +24,6 @@ namespace {
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 
-class NoChooser : public tessary::FileChooser {
-  public:
-    std::optional<fs::path> chooseJson(const std::string&) override { return std::nullopt; }
-};
-
 double millisecondsSince(Clock::time_point start) {
     return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
 }
@@ -61,7 +56,8 @@ int main(int argc, char** argv) {
     options.megapixels = 0.3;
     tessary::samplegen::writeSession(folder, options);
 
-    tessary::ReviewerModel model(tessary::Bundle(folder / "bundle"), std::make_shared<NoChooser>());
+    tessary::ReviewerModel model(tessary::Bundle(folder / "bundle"),
+                                 std::make_shared<tessary::CancellingFileChooser>());
     auto start = Clock::now();
     model.load(folder / "session.json", folder / "results.json");
     const double openTime = millisecondsSince(start);

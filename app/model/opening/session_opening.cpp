@@ -4,7 +4,6 @@
 #include "opening/session_reading.h"
 #include "reviewer_model.h"
 
-
 namespace tessary {
 
 namespace fs = std::filesystem;
@@ -26,10 +25,15 @@ void ReviewerModel::openSession() {
     SignalHold hold(*this);
     if (isDetecting_ || !save())
         return;
-    const auto manifest = chooser_->chooseJson("Choose the session.json used for analysis");
+    // The chooser starts where the reviewer is: the open session's folder, else the data folder.
+    const fs::path startIn = session_.manifestURL ? session_.manifestURL->parent_path()
+                                                  : bundle_.dataDirectory().value_or(fs::path());
+    const auto manifest =
+        chooser_->chooseJson("Choose the session.json used for analysis", startIn);
     if (!manifest)
         return;
-    const auto results = chooser_->chooseJson("Choose that run\u2019s results.json");
+    const auto results =
+        chooser_->chooseJson("Choose that run\u2019s results.json", manifest->parent_path());
     if (!results)
         return;
     load(*manifest, *results);

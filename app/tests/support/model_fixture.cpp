@@ -44,13 +44,26 @@ TemporaryFolder::~TemporaryFolder() {
     fs::remove_all(path_, ignored);
 }
 
-std::optional<fs::path> ScriptedChooser::chooseJson(const std::string& caption) {
+std::optional<fs::path> ScriptedChooser::chooseJson(const std::string& caption,
+                                                    const fs::path& startIn) {
     captions.push_back(caption);
+    offered.push_back(startIn);
     if (answers.empty())
         return std::nullopt;
     auto answer = answers.front();
     answers.pop_front();
     return answer;
+}
+
+std::optional<fs::path> ScriptedChooser::chooseSaveFile(const std::string& caption,
+                                                        const fs::path& suggested,
+                                                        const std::string&) {
+    return chooseJson(caption, suggested);
+}
+
+std::optional<fs::path> ScriptedChooser::chooseFolder(const std::string& caption,
+                                                      const fs::path& startIn) {
+    return chooseJson(caption, startIn);
 }
 
 fs::path SessionFiles::review() const {

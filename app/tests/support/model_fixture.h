@@ -31,9 +31,15 @@ class TemporaryFolder {
 // Answers the model's file questions from a script; an exhausted script cancels.
 class ScriptedChooser : public FileChooser {
   public:
-    std::optional<fs::path> chooseJson(const std::string& caption) override;
+    std::optional<fs::path> chooseJson(const std::string& caption,
+                                       const fs::path& startIn) override;
+    std::optional<fs::path> chooseSaveFile(const std::string& caption, const fs::path& suggested,
+                                           const std::string& filter) override;
+    std::optional<fs::path> chooseFolder(const std::string& caption,
+                                         const fs::path& startIn) override;
     std::deque<std::optional<fs::path>> answers;
     std::vector<std::string> captions;
+    std::vector<fs::path> offered; // the start folder or suggested file of each question
 };
 
 struct SessionFiles {
