@@ -96,11 +96,14 @@ bool adobeCmyk(const jpeg_decompress_struct& cinfo) {
     return cinfo.jpeg_color_space == JCS_CMYK || cinfo.jpeg_color_space == JCS_YCCK;
 }
 
-// Starts decompression cropped to the columns of `box`; `left` gets the first decoded column.
-bool startRegion(Decoder& d, const PixelBox& box, JDIMENSION& left) {
+// Starts decompression at 1/reduction of the photo's size, cropped to the columns of `box`;
+// `left` gets the first decoded column.
+bool startRegion(Decoder& d, const PixelBox& box, int reduction, JDIMENSION& left) {
     if (setjmp(d.errors.jump))
         return false;
     d.cinfo.out_color_space = adobeCmyk(d.cinfo) ? JCS_CMYK : JCS_EXT_RGB;
+    d.cinfo.scale_num = 1;
+    d.cinfo.scale_denom = static_cast<unsigned int>(reduction);
     jpeg_start_decompress(&d.cinfo);
     left = 0;
     const auto width = static_cast<int>(d.cinfo.output_width);
@@ -209,10 +212,10 @@ Header readHeader(const std::uint8_t* data, std::size_t size, const std::string&
 }
 
 Image decodeRegion(const std::uint8_t* data, std::size_t size, const PixelBox& box,
-                   const std::string& fileName) {
+                   const std::string& fileName, int reduction) {
     Decoder d;
     JDIMENSION left = 0;
-    if (!start(d, data, size, false) || !startRegion(d, box, left))
+    if (!start(d, data, size, false) || !startRegion(d, box, reduction, left))
         fail(d.errors, fileName);
     const bool cmyk = d.cinfo.out_color_space == JCS_CMYK;
     const std::size_t scratchStride =

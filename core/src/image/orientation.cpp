@@ -42,6 +42,15 @@ PixelBox Orientation::toStored(const PixelBox& displayed, ImageSize stored) cons
     return box;
 }
 
+PixelBox Orientation::toDisplayed(const PixelBox& storedBox, ImageSize stored) const {
+    PixelBox box = storedBox;
+    if (flipU)
+        box.x = stored.width - box.x - box.width;
+    if (flipV)
+        box.y = stored.height - box.y - box.height;
+    return transpose ? PixelBox{box.y, box.x, box.height, box.width} : box;
+}
+
 Image Orientation::apply(const Image& stored) const {
     if (identity() || stored.empty())
         return stored;

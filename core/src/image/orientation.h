@@ -19,6 +19,8 @@ struct Orientation {
     ImageSize oriented(ImageSize stored) const;
     // The stored pixels that hold a displayed box of a photo whose stored size is `stored`.
     PixelBox toStored(const PixelBox& displayed, ImageSize stored) const;
+    // The inverse of toStored.
+    PixelBox toDisplayed(const PixelBox& storedBox, ImageSize stored) const;
     // Turns a decoded stored region into its displayed form.
     Image apply(const Image& stored) const;
 };
