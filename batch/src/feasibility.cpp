@@ -19,7 +19,8 @@ namespace dravik::batch {
 namespace {
 
 constexpr const char* detectorName = "MoveNet SinglePose Thunder";
-constexpr const char* detectorVersion = "4 (TensorFlow.js 4.22, WebAssembly)";
+constexpr const char* detectorVersion =
+    "4, the rider found with NanoDet and MoveNet MultiPose (TensorFlow.js 4.22, WebAssembly)";
 
 // Discovery writes every photo as an unnamed rider cropped to its whole panel. Only then are the
 // crops ours to replace; a manifest anybody has named or cropped is left as it is.

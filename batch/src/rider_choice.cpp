@@ -25,7 +25,9 @@ constexpr double unposedSeat = 0.55; // an unposed person's hips: this far down 
 // far larger stands in front of it.
 constexpr double smallestRider = 0.45;
 constexpr double largestRider = 3.0;
-constexpr std::size_t maxCandidates = 32; // the rest of a crowd is left out of the result
+// The rest of a crowd (the least sure) is left out of the result.
+constexpr std::size_t maxPeople = 24;
+constexpr std::size_t maxVehicles = 8;
 
 enum Coco { leftHip = 11, rightHip = 12, leftKnee = 13, rightKnee = 14 };
 
@@ -66,9 +68,13 @@ std::vector<Sighting> merged(std::vector<Sighting> sightings) {
             same->box = s.box;
         }
     }
-    if (kept.size() > maxCandidates)
-        kept.resize(maxCandidates);
-    return kept;
+    std::vector<Sighting> listed;
+    std::size_t people = 0;
+    std::size_t vehicles = 0;
+    for (Sighting& s : kept)
+        if (isPerson(s) ? people++ < maxPeople : vehicles++ < maxVehicles)
+            listed.push_back(std::move(s));
+    return listed;
 }
 
 double diagonal(const PixelRect& r) {

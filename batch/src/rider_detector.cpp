@@ -33,10 +33,12 @@ constexpr double smallPerson = 0.2; // of the area's longer side
 constexpr double riderCropScale = 2.0;
 constexpr double vehicleCropScale = 1.2;
 // How far above a vehicle's box its rider may reach, as a fraction of its height.
-constexpr double seatAbove = 0.6;
+constexpr double riderReach = 0.6;
 // With nobody seen, a pose this confident on average still shows one rider (a tight crop of a
-// folded rider, which neither finder recognises).
+// folded rider, which neither finder recognises); but only in a crop of at most this share of the
+// photo.
 constexpr double presentMeanScore = 0.4;
+constexpr double tightCrop = 0.5;
 constexpr double riderAreaMargin = 0.15; // around rider and vehicle, on each side
 
 std::optional<std::string> kindOf(int cocoClass) {
@@ -210,12 +212,13 @@ Detection RiderDetector::detect(const ImageInput& photo, const PixelRect& area,
     }
 
     std::optional<Pose> first;
-    if (!choice.riderRides() && (choice.vehicle || choice.seen.empty())) {
-        // A two-wheeler nobody was seen riding, or nobody seen at all: a rider leaning hard or
-        // filling a tight crop escapes both finders, but not the single-person model turned
-        // upright.
+    // A two-wheeler nobody was seen riding, or nobody seen at all in a crop: a rider leaning hard
+    // or filling a tight crop escapes both finders, but not the single-person model turned
+    // upright. A whole photo where nobody was seen is never guessed at.
+    const bool crop = batch::area(area) <= tightCrop * batch::area(whole);
+    if (!choice.riderRides() && (choice.vehicle || (choice.seen.empty() && crop))) {
         const PixelRect where =
-            choice.vehicle ? grown(choice.seen[*choice.vehicle].box, 0, seatAbove, 0) : area;
+            choice.vehicle ? grown(choice.seen[*choice.vehicle].box, 0, riderReach, 0) : area;
         Pose guess = search.pose(SquareRegion::around(where), tiltsToTry(lean));
         if (guess.score >= presentMeanScore) {
             const Sighting posed = posedPerson(guess);
