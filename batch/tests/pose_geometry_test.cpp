@@ -30,9 +30,6 @@ TEST(PoseGeometry, JointsAreNamedInCocoOrderWithNeckAndPelvisAsMidpoints) {
     EXPECT_EQ(joints[5], (JointResult{"left_shoulder", 200, 50, 0.9f}));
     EXPECT_EQ(joints[17], (JointResult{"neck", 300, 50, 0.6f}));
     EXPECT_EQ(joints[18], (JointResult{"pelvis", 300, 200, 0.3f}));
-    EXPECT_EQ(statusFor(1), "needsReview");
-    EXPECT_EQ(statusFor(0), "noRider");
-    EXPECT_EQ(statusFor(3), "severalPeople");
 }
 
 TEST(PoseGeometry, TheRefinedSquareFramesTheConfidentJointsAtTheSameTilt) {
@@ -75,11 +72,8 @@ TEST(Upright, LeansAreMeasuredFromTheVerticalTopRightPositive) {
 }
 
 TEST(Upright, AnEstimatedLeanIsTrustedAndAGuessMustScoreClearlyBetterThanUpright) {
-    EXPECT_EQ(tiltsToTry(std::nullopt), (std::vector<double>{0, 30, -30, 60, -60}));
     EXPECT_EQ(tiltsToTry(42), (std::vector<double>{42}));
-    EXPECT_EQ(tiltsToTry(-6), (std::vector<double>{0}));
-
+    EXPECT_EQ(tiltsToTry(-6), (std::vector<double>{0})) << "a slight lean is detected upright";
     EXPECT_EQ(bestTry({0.40, 0.45, 0.30}), 0u);
     EXPECT_EQ(bestTry({0.40, 0.47, 0.50}), 2u);
-    EXPECT_EQ(bestTry({0.40}), 0u);
 }
