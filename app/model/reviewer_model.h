@@ -97,6 +97,8 @@ class ReviewerModel : public QObject {
 
     // Per-session state that changes only when a session opens (signalled by sessionChanged).
     const dravik::Uuid& sessionID() const { return session_.sessionID; }
+    const std::string& sessionTitle() const { return session_.title; }
+    const std::optional<std::filesystem::path>& manifestURL() const { return session_.manifestURL; }
     const std::map<std::string, dravik::PixelRect>& framingRegions() const {
         return session_.companions.framingRegions;
     }
@@ -171,6 +173,9 @@ class ReviewerModel : public QObject {
     // Moving between photos and modes (editing/navigation.cpp).
     void selectFrame(std::int64_t index);
     void selectPair(const std::string& pairID);
+    // The next (+1) or previous (−1) photo in the sidebar's order, or pair with a reference in
+    // Compare; nothing at either end.
+    void step(int direction);
     void setCompare(bool on);
     void cancelInteraction();
 

@@ -15,6 +15,8 @@ CommitOutcome ReviewerModel::commit(const DocumentChange& change, std::optional<
     const dravik::ReviewDocument* current = document();
     if (!current)
         return CommitOutcome::unchanged;
+    const bool wasApproved = snapshot_->leanReport.approved;
+    const auto pairBefore = pair();
     auto revised = std::make_shared<dravik::ReviewDocument>(*current);
     bool changed = false;
     try {
@@ -41,7 +43,13 @@ CommitOutcome ReviewerModel::commit(const DocumentChange& change, std::optional<
     // What was previewed is committed now, or was replaced by this change.
     assign(interaction_.previewTarget, std::nullopt, interactionChange);
     assign(interaction_.leanPreviewTarget, std::nullopt, interactionChange);
-    return save() ? CommitOutcome::saved : CommitOutcome::unsaved;
+    const bool saved = save();
+    // Any change to the evidence or the checks takes an approval back; say so where it shows.
+    const auto pairAfter = pair();
+    if (wasApproved && !snapshot_->leanReport.approved && pairAfter && pairBefore &&
+        pairAfter->id == pairBefore->id)
+        setMessage(message_ + " \u00b7 Lean comparison approval withdrawn");
+    return saved ? CommitOutcome::saved : CommitOutcome::unsaved;
 }
 
 } // namespace tessary

@@ -75,6 +75,33 @@ void ReviewerModel::selectPair(const std::string& pairID) {
         }
 }
 
+void ReviewerModel::step(int direction) {
+    SignalHold hold(*this);
+    const dravik::ReviewDocument* current = document();
+    if (!current || !view_.activeFrameID || direction == 0)
+        return;
+    direction = direction > 0 ? 1 : -1;
+    if (!view_.compare) {
+        if (auto index = current->frameIndex(*view_.activeFrameID))
+            selectFrame(static_cast<std::int64_t>(*index) + direction);
+        return;
+    }
+    // Compare steps through the pairs it can show, so the reviewer stays in Compare.
+    const auto here = pair();
+    const std::vector<dravik::ReviewPair>& all = pairs();
+    auto at = std::find_if(all.begin(), all.end(), [&](const dravik::ReviewPair& candidate) {
+        return here && candidate.id == here->id;
+    });
+    if (at == all.end())
+        return;
+    for (auto index = (at - all.begin()) + direction;
+         index >= 0 && index < static_cast<std::ptrdiff_t>(all.size()); index += direction)
+        if (all[static_cast<std::size_t>(index)].hasReference()) {
+            selectPair(all[static_cast<std::size_t>(index)].id);
+            return;
+        }
+}
+
 void ReviewerModel::setCompare(bool on) {
     SignalHold hold(*this);
     if (view_.compare == on || isDetecting_ || !document() || !view_.activeFrameID)

@@ -109,6 +109,7 @@ SessionRead readSession(const fs::path& manifest, const fs::path& results) {
     dravik::SessionReview review = dravik::SessionReview::open(manifest, results);
     read.reviewFile = review.file;
     read.reopened = review.saved;
+    read.title = review.title;
     read.document = std::make_shared<const dravik::ReviewDocument>(std::move(review.document));
     read.proposals = readCompanion<std::map<std::string, dravik::LeanAnnotation>>(
         folder / "lean-proposals.json", CompanionFailure::refuseSession,

@@ -17,6 +17,7 @@ struct SessionRead {
     std::shared_ptr<const dravik::ReviewDocument> document;
     bool reopened = false; // the saved review beside the manifest was read
     std::filesystem::path reviewFile;
+    std::string title; // the manifest's
     std::map<std::string, dravik::LeanAnnotation> proposals;
     std::string startFrameID;
     std::optional<std::string> startPairID;

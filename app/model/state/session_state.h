@@ -26,6 +26,7 @@ struct CompanionFiles {
 // another session opens.
 struct SessionState {
     dravik::Uuid sessionID;
+    std::string title;
     std::optional<std::filesystem::path> manifestURL;
     std::optional<std::filesystem::path> reviewURL;
     CompanionFiles companions;

@@ -1,6 +1,8 @@
 #include "canvas_fixture.h"
+#include "wheel.h"
 
 #include <QScrollBar>
+#include <QTest>
 
 namespace tessary::test {
 namespace {
@@ -78,6 +80,43 @@ TEST_F(CanvasTest, TheViewOpensOnTheRiderAndKeepsWhereTheReviewerLooked) {
     expectNear(remembered, {seen.x + seen.width / 2, seen.y + seen.height / 2},
                1.5 / geometry.scale());
     EXPECT_GT(remembered.x, panel.maxX() - seen.width / 2);
+}
+
+// The photo tools' habits: Ctrl + wheel zooms around the pointer, the plain wheel scrolls, the
+// middle button pans; none of them edits anything.
+TEST_F(CanvasTest, CtrlWheelZoomsAroundThePointerAndTheMiddleButtonPans) {
+    auto shown = showFrame(alex3, {900, 600});
+    // Zoomed in, so that no edge of the photo stops the view from following the pointer.
+    setZoom(model, alex3, 1.6);
+    QApplication::processEvents();
+    JointCanvasView* canvas = shown->canvas();
+    QScrollBar* down = shown->scrollView()->verticalScrollBar();
+    for (const QPointF pointer : {QPointF(600, 150), QPointF(200, 450), QPointF(450, 300)}) {
+        const QPointF onCanvas = shown->canvas()->mapFrom(shown.get(), pointer);
+        const Point2 under = sourceOf(*canvas, onCanvas);
+        const double zoom = shown->displayedZoom();
+        wheelAt(canvas, onCanvas, 120, Qt::ControlModifier);
+        canvas = shown->canvas();
+        EXPECT_NEAR(shown->displayedZoom(), std::min(zoom * PhotoScrollView::zoomStep, 4.0), 1e-9);
+        const QPointF now = viewOf(*canvas, under);
+        const QPointF still = canvas->mapTo(shown.get(), now);
+        EXPECT_NEAR(still.x(), pointer.x(), 1.0);
+        EXPECT_NEAR(still.y(), pointer.y(), 1.0);
+    }
+    const double zoom = shown->displayedZoom();
+    const int top = down->value();
+    wheelAt(canvas, {300, 300}, -120, Qt::NoModifier);
+    EXPECT_GT(down->value(), top) << "the plain wheel scrolls";
+    EXPECT_DOUBLE_EQ(shown->displayedZoom(), zoom);
+
+    const int left = shown->scrollView()->horizontalScrollBar()->value();
+    QTest::mousePress(canvas, Qt::MiddleButton, {}, {400, 300});
+    QMouseEvent move(QEvent::MouseMove, QPointF(340, 300), canvas->mapToGlobal(QPointF(340, 300)),
+                     Qt::NoButton, Qt::MiddleButton, Qt::NoModifier);
+    QApplication::sendEvent(canvas, &move);
+    QTest::mouseRelease(canvas, Qt::MiddleButton, {}, {340, 300});
+    EXPECT_EQ(shown->scrollView()->horizontalScrollBar()->value(), left + 60);
+    EXPECT_TRUE(model.undoStack().empty());
 }
 
 } // namespace

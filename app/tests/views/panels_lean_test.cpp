@@ -138,6 +138,9 @@ TEST_F(LeanPanelTest, TheEvidenceListsEachRiderAndItsApprovalNeedsFiveChecksOnUn
 
     model.setCompare(true);
     model.activate(sam3);
+    EXPECT_TRUE(
+        textStartingWith(view, u"Comparison unavailable. "_s).contains(u"Reference rider"_s))
+        << "which photo lacks lines";
     place(sam3, false, {400, 700}, {400, 100});
     place(sam3, true, {100, 750}, {900, 750});
     model.activate(alex3);
@@ -160,11 +163,18 @@ TEST_F(LeanPanelTest, TheEvidenceListsEachRiderAndItsApprovalNeedsFiveChecksOnUn
     EXPECT_EQ(model.document()->leanPairContext("turn-3")->approvalDigest,
               dravik::LeanAnalysis::evidenceDigest(*model.document(), *model.pair()));
     EXPECT_TRUE(approve->isChecked());
+    const std::string digest =
+        dravik::LeanAnalysis::evidenceDigest(*model.document(), *model.pair());
+    EXPECT_TRUE(
+        showsText(view, u"Approved · evidence "_s + QString::fromStdString(digest.substr(0, 12))));
 
-    // Reporting similar speed is a change of evidence: the approval goes, the note appears.
+    // Reporting similar speed is a change of evidence: the approval goes, the note appears, and
+    // the status line says it went.
     click(view, u"Similar speed — user reported"_s);
     EXPECT_EQ(model.document()->leanPairContext("turn-3")->approvalDigest, std::nullopt);
     EXPECT_FALSE(approve->isChecked());
+    EXPECT_TRUE(showsText(view, u"Not approved"_s));
+    EXPECT_TRUE(model.message().ends_with(" · Lean comparison approval withdrawn"));
     EXPECT_TRUE(showsText(view, u"Similar speed: user reported. Discuss the observation with "
                                 u"separately reviewed posture and turn context."_s));
     // A moved line clears the checks too, but not the reported speed.

@@ -64,7 +64,7 @@ TEST_F(ShellPhotoAreaTest, SingleModeShowsTheActivePhotoAndTheFeedbackThatFitsIt
     EXPECT_EQ(part(PhotoArea::singlePane)->height(), paneHeight);
 }
 
-TEST_F(ShellPhotoAreaTest, CompareModeShowsTheLeanEvidenceOnceWhereverItBelongs) {
+TEST_F(ShellPhotoAreaTest, CompareModeShowsTheLeanEvidenceOnceUnderThePhotos) {
     openBundled();
     model.setLeanMode(true);
     model.setCompare(true);
@@ -72,17 +72,27 @@ TEST_F(ShellPhotoAreaTest, CompareModeShowsTheLeanEvidenceOnceWhereverItBelongs)
     EXPECT_EQ(part(PhotoArea::singlePane), nullptr);
     QWidget* comparison = part(PhotoArea::comparison);
     ASSERT_NE(inside<PairComparisonView>(comparison), nullptr);
-    // On the rider's photo the pair feedback carries the evidence itself.
+    const auto shownEvidence = [&] {
+        QCoreApplication::sendPostedEvents();
+        int shown = 0;
+        for (const LeanEvidenceView* view : window.findChildren<LeanEvidenceView*>())
+            shown += view->isVisible();
+        return shown;
+    };
+    // The pair feedback under the photos carries the evidence whichever rider is active, so the
+    // photos do not move.
     ASSERT_EQ(model.activeFrameID(), alex3);
-    EXPECT_EQ(part(PhotoArea::leanEvidence), nullptr);
-
+    EXPECT_EQ(shownEvidence(), 1);
+    const QRect photos(comparison->mapTo(&window, QPoint()), comparison->size());
     model.activate(sam3);
     QApplication::processEvents();
-    EXPECT_NE(inside<LeanEvidenceView>(part(PhotoArea::leanEvidence)), nullptr);
+    EXPECT_EQ(shownEvidence(), 1);
+    EXPECT_EQ(part(PhotoArea::leanEvidence), nullptr);
     EXPECT_EQ(part(PhotoArea::comparison), comparison) << "the photos stay as they are";
+    EXPECT_EQ(QRect(comparison->mapTo(&window, QPoint()), comparison->size()), photos);
     model.setLeanMode(false);
     QApplication::processEvents();
-    EXPECT_EQ(part(PhotoArea::leanEvidence), nullptr);
+    EXPECT_EQ(shownEvidence(), 0);
     EXPECT_EQ(part(PhotoArea::noReference), nullptr);
 }
 

@@ -13,6 +13,8 @@
 
 namespace tessary::test {
 
+using namespace Qt::StringLiterals;
+
 class ShellSidebarTest : public ShellTest {
   protected:
     Sidebar& sidebar() const { return *window.view()->sidebar(); }
@@ -58,17 +60,28 @@ TEST_F(ShellSidebarTest, RowsCountReviewedJointsAndCompareModeListsPairs) {
     EXPECT_EQ(model.activeFrameID(), alex3);
 }
 
-TEST_F(ShellSidebarTest, SessionButtonsOpenTheirPreset) {
+TEST_F(ShellSidebarTest, SessionButtonsOpenTheirPresetAndMarkTheOpenOne) {
     const SessionFiles first = bundledSession(temp.path() / "first");
     const SessionFiles second = bundledSession(temp.path() / "second");
+    const std::string evening = "Evening & the long straight after the hairpin at turn eleven";
     writeText(Bundle(temp.path() / "bundle").resourcePath("launch.json"),
-              "[" + presetJson("Morning", first) + ", " + presetJson("Evening", second) + "]");
+              "[" + presetJson("Morning", first) + ", " + presetJson(evening, second) + "]");
     model.loadPresets();
-    const auto buttons = sessionButtons();
+    auto buttons = sessionButtons();
     ASSERT_EQ(buttons.size(), 2u);
-    EXPECT_EQ(text(buttons[0]->text() + " | " + buttons[1]->text()), "Morning | Evening");
+    EXPECT_EQ(text(buttons[0]->text()), "Morning");
+    // A long title is cut to the column, whole in its tooltip, and its "&" stays a character.
+    EXPECT_TRUE(buttons[1]->text().endsWith(u"…"_s));
+    EXPECT_LE(buttons[1]->sizeHint().width(), Sidebar::columnWidth);
+    EXPECT_TRUE(buttons[1]->toolTip().startsWith(QString::fromStdString(evening)));
     QTest::mouseClick(buttons[1], Qt::LeftButton);
     ASSERT_NE(model.document(), nullptr);
+    QApplication::processEvents();
+    buttons = sessionButtons();
+    ASSERT_EQ(buttons.size(), 2u);
+    EXPECT_TRUE(buttons[1]->text().startsWith(u"▸ Evening && the"_s)) << text(buttons[1]->text());
+    EXPECT_TRUE(buttons[1]->font().bold());
+    EXPECT_FALSE(buttons[0]->font().bold());
     model.setSelected("nose");
     model.setState(dravik::JointReviewState::uncertain);
     EXPECT_TRUE(fs::exists(second.review()));

@@ -55,6 +55,8 @@ JointInspector::JointInspector(ReviewerModel& model, QWidget* parent)
     headingFont.setPointSizeF(headingFont.pointSizeF() * 1.15);
     heading_->setFont(headingFont);
     heading_->setTextFormat(Qt::PlainText);
+    // A long rider name wraps rather than being cut at the column's edge.
+    heading_->setWordWrap(true);
     layout->addWidget(heading_);
     layout->addWidget(secondaryText(
         "Cyan: unreviewed · green: reviewed\nOrange: uncertain or raw comparison", this));

@@ -43,12 +43,21 @@ QString measurementLine(const dravik::ReviewFrame& frame, const dravik::LeanFram
 
 QString comparisonLine(const dravik::LeanReport& report) {
     if (!report.comparison)
-        return u"Comparison unavailable."_s;
+        return report.gap ? u"Comparison unavailable. "_s + qText(report.gap->explanation)
+                          : u"Comparison unavailable."_s;
     const dravik::LeanComparison& comparison = *report.comparison;
     return QString::fromUtf8(RiderLabels::rider) + u" − "_s +
            QString::fromUtf8(RiderLabels::reference) + u": "_s +
            signedWhole(comparison.difference) + u"° ["_s + signedWhole(comparison.low()) +
            u"°, "_s + signedWhole(comparison.high()) + u"°] annotation sensitivity"_s;
+}
+
+QString approvalLine(const dravik::LeanReport& report, const dravik::LeanPairContext& context) {
+    if (report.approved && report.evidenceDigest)
+        return u"Approved · evidence "_s + qText(report.evidenceDigest->substr(0, 12));
+    if (context.approvalDigest)
+        return u"Not approved · the evidence or checks changed since the approval"_s;
+    return u"Not approved"_s;
 }
 
 } // namespace
@@ -92,6 +101,8 @@ LeanEvidenceView::LeanEvidenceView(ReviewerModel& model, QWidget* parent)
     approve_ = new QPushButton(u"Approve this comparison"_s, comparison_);
     approve_->setCheckable(true);
     pairLayout->addWidget(approve_);
+    approval_ = secondaryLabel({}, comparison_);
+    pairLayout->addWidget(approval_);
     connect(approve_, &QPushButton::clicked, this, [this, currentContext] {
         model_.updateLeanContext(currentContext(), true);
         refresh(); // the click pressed the button; only the model says it stays so
@@ -160,6 +171,7 @@ void LeanEvidenceView::refresh() {
     approve_->setEnabled(context.checksComplete());
     // Shown pressed while the approval still names the evidence on screen.
     approve_->setChecked(report->approved);
+    approval_->setText(approvalLine(*report, context));
 }
 
 } // namespace tessary

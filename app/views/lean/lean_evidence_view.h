@@ -31,6 +31,7 @@ class LeanEvidenceView : public QWidget {
     QLabel* speedReadout_;
     QList<QCheckBox*> checks_;
     QPushButton* approve_;
+    QLabel* approval_;
     QCheckBox* similarSpeed_;
 };
 

@@ -3,6 +3,7 @@
 #include "common/text_format.h"
 #include "common/widgets.h"
 #include "framed_photo_canvas.h"
+#include "photo_scroll_view.h"
 #include "reviewer_model.h"
 
 #include <QCheckBox>
@@ -149,6 +150,18 @@ void FramePane::resizeEvent(QResizeEvent* event) {
 
 double FramePane::displayedZoom() const {
     return canvas_->displayedZoom();
+}
+
+void FramePane::zoomStep(int direction) {
+    PhotoScrollView* view = canvas_->scrollView();
+    if (!view)
+        return;
+    const double factor = direction > 0 ? PhotoScrollView::zoomStep : 1 / PhotoScrollView::zoomStep;
+    view->zoomAround(QRectF(view->viewport()->rect()).center(), displayedZoom() * factor);
+}
+
+void FramePane::showWholePhoto() {
+    full_->click();
 }
 
 void FramePane::showZoom(double zoom) {

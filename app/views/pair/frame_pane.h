@@ -26,6 +26,10 @@ class FramePane : public QWidget {
     const std::string& frameID() const { return frameID_; }
     // The zoom the photo currently shows, as the canvas reports it.
     double displayedZoom() const;
+    // The keyboard's zoom: one step in (+1) or out (−1) around the middle of the photo shown.
+    void zoomStep(int direction);
+    // The whole photo at 1×, as "Full photo" shows it.
+    void showWholePhoto();
 
   protected:
     void resizeEvent(QResizeEvent* event) override;

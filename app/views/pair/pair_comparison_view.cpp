@@ -1,6 +1,8 @@
 #include "pair/pair_comparison_view.h"
 
+#include "common/split_memory.h"
 #include "common/widgets.h"
+#include "lean/lean_evidence_view.h"
 #include "pair/frame_pane.h"
 #include "pair/pair_feedback_view.h"
 #include "reviewer_model.h"
@@ -33,22 +35,30 @@ PairComparisonView::PairComparisonView(ReviewerModel& model, QWidget* parent)
     auto* padded = new QWidget;
     auto* paddedLayout = new QVBoxLayout(padded);
     paddedLayout->setContentsMargins(0, 8, 0, 8);
+    // The pair feedback carries the lean evidence under the photos, whichever frame is active, so
+    // that they never move; without a report it is shown here, in the same place.
+    leanEvidence_ = new LeanEvidenceView(model_, padded);
+    paddedLayout->addWidget(leanEvidence_);
     paddedLayout->addWidget(new PairFeedbackView(model_, padded));
     feedback->setWidget(padded);
     split->addWidget(photos);
     split->addWidget(feedback);
-    split->setStretchFactor(0, 3);
-    split->setStretchFactor(1, 2);
+    split->setStretchFactor(0, 7);
+    split->setStretchFactor(1, 3);
+    if (!keepSplit(split, QStringLiteral("pairComparison")))
+        split->setSizes({700, 300});
     layout->addWidget(split);
 
     connect(&model_, &ReviewerModel::snapshotChanged, this, &PairComparisonView::refresh);
     connect(&model_, &ReviewerModel::navigationChanged, this, &PairComparisonView::refresh);
+    connect(&model_, &ReviewerModel::viewOptionsChanged, this, &PairComparisonView::refresh);
     refresh();
 }
 
 void PairComparisonView::refresh() {
     const auto pair = model_.pair();
     content_->setVisible(pair.has_value());
+    leanEvidence_->setVisible(model_.leanMode() && !model_.report());
     const std::vector<std::string> ids = pair ? pair->frameIDs : std::vector<std::string>();
     if (ids == shownIDs_)
         return;

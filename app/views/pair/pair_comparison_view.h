@@ -8,10 +8,12 @@ class QHBoxLayout;
 
 namespace tessary {
 
+class LeanEvidenceView;
 class PairFeedbackView;
 class ReviewerModel;
 
-// The active pair's photos side by side above the pair feedback.
+// The active pair's photos side by side above the pair feedback (and the lean evidence, in wheel
+// lean review, when the feedback does not carry it).
 class PairComparisonView : public QWidget {
     Q_OBJECT
 
@@ -24,6 +26,7 @@ class PairComparisonView : public QWidget {
     ReviewerModel& model_;
     QWidget* content_;
     QHBoxLayout* panes_;
+    LeanEvidenceView* leanEvidence_;
     // The frames the panes were made for; panes persist while the pair stays the same.
     std::vector<std::string> shownIDs_;
 };

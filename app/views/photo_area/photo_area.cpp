@@ -1,6 +1,7 @@
 #include "photo_area/photo_area.h"
 
 #include "coaching/single_photo_feedback_view.h"
+#include "common/split_memory.h"
 #include "lean/lean_evidence_view.h"
 #include "pair/frame_pane.h"
 #include "pair/pair_comparison_view.h"
@@ -55,16 +56,17 @@ void PhotoArea::refresh() {
     auto on = [](bool shown) { return shown ? std::string("shown") : std::string(); };
 
     put(emptyState, on(!frame), 1, [] { return new EmptyState("Open a photo session"); });
-    put(singlePane, single ? frame->id : std::string(), 3,
+    put(singlePane, single ? frame->id : std::string(), 7,
         [this, frame] { return new FramePane(model_, frame->id); });
-    put(singleFeedback, single && subject ? (hasReport ? "pair" : "single") : "", 2,
+    put(singleFeedback, single && subject ? (hasReport ? "pair" : "single") : "", 3,
         [this, hasReport]() -> QWidget* {
             if (hasReport)
                 return scrolling(new PairFeedbackView(model_));
             return scrolling(new SinglePhotoFeedbackView(model_));
         });
-    // With a report on the rider's own photo the pair feedback carries the lean evidence itself.
-    put(leanEvidence, on(compare && model_.leanMode() && !(subject && hasReport)), 1,
+    // With a pair the comparison view carries the lean evidence under its photos, so that they
+    // stay put whichever frame is active.
+    put(leanEvidence, on(compare && model_.leanMode() && !pair), 1,
         [this] { return scrolling(new LeanEvidenceView(model_)); });
     put(comparison, pair ? pair->id : std::string(), 4,
         [this] { return new PairComparisonView(model_); });
@@ -80,15 +82,20 @@ void PhotoArea::refresh() {
         shareSpace();
 }
 
-// A new arrangement starts with each part's share of the height; dragging changes it after.
+// An arrangement starts with each part's share of the height, or where the reviewer last dragged
+// the same arrangement's split.
 void PhotoArea::shareSpace() {
     QList<int> sizes;
     int total = 0;
+    QString arrangement = QStringLiteral("photoArea");
     for (std::size_t slot = 0; slot < parts_.size(); ++slot)
         if (parts_[slot].widget) {
             sizes << std::max(stretch_[slot], 1);
             total += sizes.back();
+            arrangement += QString::number(slot);
         }
+    if (keepSplit(splitter_, arrangement))
+        return;
     const int height = std::max(splitter_->height(), 400);
     for (int& size : sizes)
         size = size * height / std::max(total, 1);

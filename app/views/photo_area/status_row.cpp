@@ -5,6 +5,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenu>
+#include <QStyle>
 #include <QToolButton>
 
 namespace tessary {
@@ -55,6 +56,10 @@ StatusRow::StatusRow(ReviewerModel& model, QWidget* parent)
 void StatusRow::refresh() {
     const bool detecting = model_.isDetecting();
     retry_->setText(detecting ? "Detecting…" : "Retry detection for active rider");
+    // The style leaves no room for the menu's arrow, which would cover the last letter.
+    retry_->setMinimumWidth(
+        retry_->sizeHint().width() +
+        retry_->style()->pixelMetric(QStyle::PM_MenuButtonIndicator, nullptr, retry_));
     retry_->setEnabled(!detecting);
     help_->setText(helpFor(model_));
     message_->setText(QString::fromStdString(model_.message()));

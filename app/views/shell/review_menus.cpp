@@ -15,6 +15,12 @@ ReviewMenus::ReviewMenus(QMainWindow& window, ReviewerModel& model)
     open_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_O));
     save_ = file->addAction("Save Review");
     save_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_S));
+    file->addSeparator();
+    quit_ = file->addAction("Quit");
+    quit_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
+    quit_->setMenuRole(QAction::QuitRole);
+    // Closing the window is quitting, and asks first when there is something to lose.
+    connect(quit_, &QAction::triggered, &window, &QMainWindow::close);
     QMenu* edit = window.menuBar()->addMenu("&Edit");
     undo_ = edit->addAction("Undo Review Edit");
     undo_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Z));

@@ -19,6 +19,7 @@ class ReviewMenus : public QObject {
     QAction* openSession() const { return open_; }
     QAction* saveReview() const { return save_; }
     QAction* undoReviewEdit() const { return undo_; }
+    QAction* quit() const { return quit_; }
 
   private:
     void refresh();
@@ -27,6 +28,7 @@ class ReviewMenus : public QObject {
     QAction* open_;
     QAction* save_;
     QAction* undo_;
+    QAction* quit_;
 };
 
 } // namespace tessary

@@ -9,7 +9,7 @@ class ReviewerModel;
 class ReviewerView;
 class ReviewMenus;
 
-// "Joint Review": the one window, with its menu commands and its alert.
+// "Joint Review", with the open session's title: the one window, with its menus and its alert.
 class ReviewWindow : public QMainWindow {
     Q_OBJECT
 
@@ -28,6 +28,9 @@ class ReviewWindow : public QMainWindow {
     void showEvent(QShowEvent* event) override;
 
   private:
+    void refreshTitle();
+
+    ReviewerModel& model_;
     ReviewerView* view_;
     ReviewMenus* menus_;
     ReviewAlert* alert_;

@@ -3,6 +3,7 @@
 #include "dravik/discovery.h"
 #include "inspector/joint_inspector.h"
 #include "lean/lean_review_view.h"
+#include "pair/frame_pane.h"
 #include "photo_area/photo_area.h"
 #include "photo_area/status_row.h"
 #include "reviewer_model.h"
@@ -71,6 +72,16 @@ QWidget* ReviewerView::inspectorColumn() const {
         return jointInspector_;
     if (!leanPanel_->isHidden())
         return leanPanel_;
+    return nullptr;
+}
+
+FramePane* ReviewerView::activePane() const {
+    const auto active = model_.activeFrameID();
+    if (!active)
+        return nullptr;
+    for (FramePane* pane : photoArea_->findChildren<FramePane*>())
+        if (pane->frameID() == *active && pane->isVisible())
+            return pane;
     return nullptr;
 }
 

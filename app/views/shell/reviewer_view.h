@@ -8,6 +8,7 @@ class QLabel;
 namespace tessary {
 
 class DiscoveryNotices;
+class FramePane;
 class JointInspector;
 class LeanReviewView;
 class PhotoArea;
@@ -34,6 +35,8 @@ class ReviewerView : public QWidget {
     QWidget* inspectorColumn() const;
     JointInspector* jointInspector() const { return jointInspector_; }
     LeanReviewView* leanPanel() const { return leanPanel_; }
+    // The pane showing the active frame; null when none does.
+    FramePane* activePane() const;
 
   private:
     void refresh();

@@ -12,6 +12,9 @@
 
 namespace tessary {
 
+namespace fs = std::filesystem;
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int pairIDRole = TwoLineDelegate::secondLineRole + 1;
@@ -95,6 +98,7 @@ Sidebar::Sidebar(ReviewerModel& model, QWidget* parent)
     connect(&model_, &ReviewerModel::snapshotChanged, this, &Sidebar::refreshPhotos);
     connect(&model_, &ReviewerModel::navigationChanged, this, &Sidebar::refreshPhotos);
     connect(&model_, &ReviewerModel::presetsChanged, this, &Sidebar::refreshPresets);
+    connect(&model_, &ReviewerModel::sessionChanged, this, &Sidebar::refreshPresets);
     connect(&model_, &ReviewerModel::discoveryChanged, this, &Sidebar::refreshDiscovery);
     refreshPhotos();
     refreshPresets();
@@ -157,13 +161,25 @@ void Sidebar::refreshPresets() {
         delete item;
     }
     int position = 0;
+    const auto open = model_.manifestURL();
+    const int width = columnWidth - 30; // the column less its margins and the button's padding
     for (const ReviewPreset& preset : model_.presets()) {
-        // The title is plain text: "&" is not a mnemonic here.
-        auto* button =
-            new QPushButton(QString::fromStdString(preset.title).replace('&', "&&"), sessions_);
+        const bool isOpen = open && fs::path(preset.manifest) == *open;
+        const QString title = QString::fromStdString(preset.title);
+        auto* button = new QPushButton(sessions_);
+        QFont font = button->font();
+        font.setBold(isOpen);
+        button->setFont(font);
+        // Plain text, cut to the column: "&" is not a mnemonic here.
+        button->setText(
+            QFontMetrics(font)
+                .elidedText((isOpen ? u"\u25b8 "_s : QString()) + title, Qt::ElideRight, width)
+                .replace('&', "&&"));
         button->setFlat(true);
         button->setStyleSheet("text-align: left; padding: 2px 4px;");
-        button->setToolTip(QString::fromStdString(preset.manifest));
+        button->setAccessibleDescription(isOpen ? u"Open session"_s : QString());
+        button->setToolTip(title + (isOpen ? u" · open"_s : QString()) + u"\n"_s +
+                           QString::fromStdString(preset.manifest));
         connect(button, &QPushButton::clicked, this, [this, preset] { model_.openPreset(preset); });
         sessionButtons_->insertWidget(position++, button);
         button->show();

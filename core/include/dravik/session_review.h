@@ -3,6 +3,7 @@
 #include "dravik/review.h"
 
 #include <filesystem>
+#include <string>
 
 namespace dravik {
 
@@ -11,6 +12,7 @@ struct SessionReview {
     ReviewDocument document;
     std::filesystem::path file; // where the session's review is saved: beside the manifest
     bool saved = false;         // the document was read from `file`
+    std::string title;          // the session's title, from its manifest
 
     // The saved review when there is one, adopted (checked against the session and given the
     // manifest's photo assessments and names); else the unreviewed document.

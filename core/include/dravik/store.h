@@ -1,5 +1,6 @@
 #pragma once
 
+#include "dravik/manifest.h"
 #include "dravik/review.h"
 
 #include <cstdint>
@@ -13,6 +14,9 @@ namespace dravik {
 namespace ReviewStore {
 // An unreviewed document (revision 0, no edits) from a session manifest and its results file.
 ReviewDocument make(const std::filesystem::path& manifest, const std::filesystem::path& results);
+// The same from a manifest already read from `manifestPath`.
+ReviewDocument make(const SessionManifest& manifest, const std::filesystem::path& manifestPath,
+                    const std::filesystem::path& results);
 ReviewDocument load(const std::filesystem::path& file);
 // Refuses a saved review made for other detections or other photos than `raw`.
 // `savedFile`, when given, is the file `saved` was read from, which the refusal names.

@@ -21,7 +21,12 @@ std::string riderName(const RiderKey& key) {
 
 ReviewDocument ReviewStore::make(const std::filesystem::path& manifestPath,
                                  const std::filesystem::path& resultsPath) {
-    SessionManifest manifest = SessionManifest::load(manifestPath);
+    return make(SessionManifest::load(manifestPath), manifestPath, resultsPath);
+}
+
+ReviewDocument ReviewStore::make(const SessionManifest& manifest,
+                                 const std::filesystem::path& manifestPath,
+                                 const std::filesystem::path& resultsPath) {
     json::Source source{json::fileLabel(resultsPath), "results file"};
     // The identity is the hash of exactly the bytes that were parsed.
     std::string bytes = json::readFile(resultsPath, source);
