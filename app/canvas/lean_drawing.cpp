@@ -36,9 +36,12 @@ void drawTag(QPainter& painter, const QPointF& anchor, const QString& text, cons
                                          Qt::AlignLeft | Qt::AlignTop, text);
     QRectF plate = bounds.adjusted(-tagPadding, -tagPadding, tagPadding, tagPadding);
     // Kept in sight: a line near the edge of the photo or of the scrolled view would otherwise
-    // push its text out of it.
+    // push its text out of it. Printed, the photo is the clip.
     if (const QPaintDevice* device = painter.device()) {
-        QRectF shown(0, 0, device->width(), device->height());
+        QRectF shown = painter.hasClipping()
+                           ? painter.clipBoundingRect()
+                           : painter.transform().inverted().mapRect(
+                                 QRectF(0, 0, device->width(), device->height()));
         if (const auto* widget = dynamic_cast<const QWidget*>(device))
             shown = widget->visibleRegion().boundingRect();
         const QPointF shift(

@@ -64,7 +64,7 @@ void ReviewerModel::load(const fs::path& manifest, const fs::path& results) {
     assign(view_.compare, false, navigationChange);
     setImages(std::move(photos));
     session_ = SessionState{freshUuid(), manifest, read.reviewFile, std::move(read.companions),
-                            session_.leanProposals};
+                            session_.leanProposals, results};
     view_.viewportCenters.clear();
     mark(sessionChange);
 

@@ -1,0 +1,49 @@
+#include "lean_evidence_texts.h"
+
+#include "rider_labels.h"
+#include "text_numbers.h"
+
+namespace tessary::texts {
+
+namespace {
+
+using namespace std::string_literals;
+
+// The first 12 hex digits, as every digest is shown.
+std::string shortened(std::string_view digest) {
+    constexpr std::string_view prefix = "sha256:";
+    if (digest.starts_with(prefix))
+        digest.remove_prefix(prefix.size());
+    return std::string(digest.substr(0, 12));
+}
+
+} // namespace
+
+std::string leanMeasurementLine(const dravik::ReviewFrame& frame,
+                                const dravik::LeanFrameEvidence* shown) {
+    const auto& measured = shown ? shown->measurement : std::nullopt;
+    if (!measured)
+        return frame.riderDisplayName + ": wheel angle unavailable; place or review the lines.";
+    return frame.riderDisplayName + ": " + whole(measured->angle) + "\u00b0 \u00b7 " +
+           std::string(measured->wording()) + " \u00b7 " +
+           std::string(dravik::label(measured->basis)) + " \u00b7 " +
+           (measured->reviewed ? "Reviewed" : "Draft") + " \u00b7 Annotation sensitivity " +
+           whole(measured->low()) + "\u00b0 to " + whole(measured->high()) + "\u00b0";
+}
+
+std::string leanComparisonLine(const dravik::LeanReport& report) {
+    if (!report.comparison)
+        return "Comparison unavailable.";
+    const dravik::LeanComparison& comparison = *report.comparison;
+    return RiderLabels::rider + " \u2212 "s + RiderLabels::reference + ": " +
+           signedWhole(comparison.difference) + "\u00b0 [" + signedWhole(comparison.low()) +
+           "\u00b0, " + signedWhole(comparison.high()) + "\u00b0] annotation sensitivity";
+}
+
+std::string approvalLine(const dravik::LeanReport& report) {
+    if (report.approved && report.evidenceDigest)
+        return "Comparison approved for evidence " + shortened(*report.evidenceDigest);
+    return "Comparison not approved";
+}
+
+} // namespace tessary::texts
