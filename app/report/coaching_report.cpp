@@ -52,8 +52,11 @@ RenderedReport renderCoachingReport(const ReportSession& session,
         for (PlannedPage& page : planPages(session, subject, paper, measure))
             pages.push_back(std::move(page));
 
-    PageSource source{session.title, session.document->revision(),
-                      dravik::ReviewStore::reviewFileName(*session.document), options.date, 0,
+    PageSource source{session.title,
+                      session.document->revision(),
+                      dravik::ReviewStore::reviewFileName(*session.document),
+                      options.date,
+                      0,
                       pages.size()};
     for (const PlannedPage& page : pages) {
         if (source.number++ > 0)
@@ -74,8 +77,9 @@ std::size_t writeCoachingReport(const ReportSession& session,
     dravik::SessionFiles::refuseAsTarget(output, session.manifest, session.results,
                                          *session.document);
     const RenderedReport rendered = renderCoachingReport(session, subjects, options);
-    dravik::writeFileAtomically(output, std::string_view(rendered.pdf.constData(),
-                                                         static_cast<std::size_t>(rendered.pdf.size())));
+    dravik::writeFileAtomically(
+        output,
+        std::string_view(rendered.pdf.constData(), static_cast<std::size_t>(rendered.pdf.size())));
     return rendered.pages();
 }
 

@@ -34,8 +34,8 @@ void paintTitle(QPainter& painter, const PlannedPage& page, const PageSource& so
     const ReportPage& content = *page.content;
     drawLine(painter, QRectF(margin, margin, width, 20), qText(source.sessionTitle),
              report_style::font(16, true), Qt::black);
-    const std::string pair = content.title + (page.continued ? " (continued)" : "") + " \u00b7 " +
-                             page.riders;
+    const std::string pair =
+        content.title + (page.continued ? " (continued)" : "") + " \u00b7 " + page.riders;
     drawLine(painter, QRectF(margin, margin + 20, width, 14), qText(pair), report_style::font(11),
              Qt::black);
     if (page.continued)
@@ -70,6 +70,9 @@ void paintPhoto(QPainter& painter, const PlannedPhoto& photo, const ReportPage& 
     painter.setRenderHint(QPainter::Antialiasing);
     drawSkeleton(painter, frame, SkeletonScene{}, scale);
     LeanScene lean;
+    lean.shown =
+        QRectF((photo.region.x - frame.panel.x) * scale, (photo.region.y - frame.panel.y) * scale,
+               photo.region.width * scale, photo.region.height * scale);
     if (const dravik::LeanFrameEvidence* shown = content.leanReport.frame(frame.id)) {
         lean.annotation = shown->annotation;
         lean.measurement = shown->measurement;

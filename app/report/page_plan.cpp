@@ -53,18 +53,19 @@ std::vector<PlannedPage> planPages(const ReportSession& session, const ReportSub
         dravik::ReviewDocument(document.identity(), frames), session.manifest);
 
     const QRectF area(margin, margin + titleBlockHeight, page.width() - 2 * margin, 0);
-    const std::vector<QRectF> placed =
-        photoSlots(regions, area, frames.size() > 1 ? 205.0 : 280.0);
+    const std::vector<QRectF> placed = photoSlots(regions, area, frames.size() > 1 ? 205.0 : 280.0);
     std::string riders;
     for (const dravik::ReviewFrame& frame : frames)
-        riders += (riders.empty() ? "" : " \u00b7 ") +
-                  std::string(frame.role == "subject" ? RiderLabels::rider : RiderLabels::reference) +
-                  ": " + frame.riderDisplayName;
+        riders +=
+            (riders.empty() ? "" : " \u00b7 ") +
+            std::string(frame.role == "subject" ? RiderLabels::rider : RiderLabels::reference) +
+            ": " + frame.riderDisplayName;
     PlannedPage first{content, riders, false, {}, {}};
     double photosBottom = area.top();
     for (std::size_t i = 0; i < frames.size(); ++i) {
         const dravik::ReviewFrame* frame = document.frame(content->frameIDs[i]);
-        first.photos.push_back({frame, printedPhoto(*frame, verified[i], regions[i], placed[i].size()),
+        first.photos.push_back({frame,
+                                printedPhoto(*frame, verified[i], regions[i], placed[i].size()),
                                 regions[i], placed[i]});
         photosBottom = std::max(photosBottom, placed[i].bottom());
     }
@@ -79,7 +80,8 @@ std::vector<PlannedPage> planPages(const ReportSession& session, const ReportSub
 
     std::vector<PlannedPage> pages;
     for (std::size_t i = 0; i < flowed.size(); ++i) {
-        PlannedPage planned = i == 0 ? std::move(first) : PlannedPage{content, riders, true, {}, {}};
+        PlannedPage planned =
+            i == 0 ? std::move(first) : PlannedPage{content, riders, true, {}, {}};
         planned.paragraphs = std::move(flowed[i]);
         pages.push_back(std::move(planned));
     }

@@ -54,10 +54,9 @@ PrintedPhoto printedPhoto(const dravik::ReviewFrame& frame, const dravik::Verifi
     result.image = image.copy(left, top, right - left, bottom - top);
     // A DCT scale is a power of two; the rest of the way down to print resolution is smoothed.
     if (result.image.width() > neededWidth * 1.1 && result.image.height() > neededHeight * 1.1)
-        result.image =
-            result.image.scaled(QSize(static_cast<int>(std::ceil(neededWidth)),
-                                      static_cast<int>(std::ceil(neededHeight))),
-                                Qt::KeepAspectRatio, Qt::SmoothTransformation);
+        result.image = result.image.scaled(QSize(static_cast<int>(std::ceil(neededWidth)),
+                                                 static_cast<int>(std::ceil(neededHeight))),
+                                           Qt::KeepAspectRatio, Qt::SmoothTransformation);
     return result;
 }
 

@@ -85,8 +85,9 @@ void addPairFeedback(Paragraphs& out, const ReportPage& page) {
         out.add(Style::body, std::string(texts::viewsTitle) + ": " +
                                  std::string(dravik::label(observation.comparability)));
         out.add(Style::body, texts::differenceLine(observation.difference));
-        for (const auto& [side, angle] : {std::pair{RiderLabels::rider, &observation.rider},
-                                          std::pair{RiderLabels::reference, &observation.reference}}) {
+        for (const auto& [side, angle] :
+             {std::pair{RiderLabels::rider, &observation.rider},
+              std::pair{RiderLabels::reference, &observation.reference}}) {
             out.add(Style::body, texts::sideAngleLine(side, *angle));
             if (const auto gap = texts::sideGapLine(side, *angle))
                 out.add(Style::secondary, *gap);

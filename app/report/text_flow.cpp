@@ -55,9 +55,9 @@ class Columns {
 
 } // namespace
 
-std::vector<std::vector<PlacedParagraph>> flowParagraphs(
-    const std::vector<ReportParagraph>& paragraphs, const QRectF& first, const QRectF& continuation,
-    const ParagraphMeasure& measure) {
+std::vector<std::vector<PlacedParagraph>>
+flowParagraphs(const std::vector<ReportParagraph>& paragraphs, const QRectF& first,
+               const QRectF& continuation, const ParagraphMeasure& measure) {
     Columns columns(first, continuation);
     for (std::size_t i = 0; i < paragraphs.size(); ++i) {
         const ReportParagraph& paragraph = paragraphs[i];

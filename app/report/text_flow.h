@@ -19,8 +19,8 @@ using ParagraphMeasure = std::function<double(const ReportParagraph&, double wid
 // Sets paragraphs in two columns: first in `first` (what the photos leave of a page), then in
 // `continuation` on as many further pages as they need. A heading never ends a column. Gives the
 // paragraphs of each page.
-std::vector<std::vector<PlacedParagraph>> flowParagraphs(
-    const std::vector<ReportParagraph>& paragraphs, const QRectF& first, const QRectF& continuation,
-    const ParagraphMeasure& measure);
+std::vector<std::vector<PlacedParagraph>>
+flowParagraphs(const std::vector<ReportParagraph>& paragraphs, const QRectF& first,
+               const QRectF& continuation, const ParagraphMeasure& measure);
 
 } // namespace tessary

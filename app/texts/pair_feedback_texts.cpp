@@ -27,8 +27,7 @@ std::string revisionStatus(std::int64_t revision, std::string_view state) {
 }
 
 std::string assumptionLine() {
-    return "For "s + RiderLabels::rider + " \u00b7 " + RiderLabels::reference +
-           " assumed correct";
+    return "For "s + RiderLabels::rider + " \u00b7 " + RiderLabels::reference + " assumed correct";
 }
 
 std::string bulletHeadline(const dravik::CoachingBullet& bullet) {
@@ -71,8 +70,8 @@ bool withholdsPhotoCoaching(const dravik::PairReport& report) {
 }
 
 std::string focusPointLine(const dravik::FocusPoint& point) {
-    return std::string(dravik::label(point.feature)) + ": " + whole(point.difference) +
-           "\u00b0 " + riderMinusReference();
+    return std::string(dravik::label(point.feature)) + ": " + whole(point.difference) + "\u00b0 " +
+           riderMinusReference();
 }
 
 bool asksForKneePlacement(const dravik::PairReport& report) {
@@ -100,7 +99,8 @@ std::string differenceLine(const std::optional<double>& difference) {
 }
 
 std::string sideAngleLine(std::string_view side, const dravik::AngleSide& angle) {
-    return std::string(side) + ": " + (angle.angle ? whole(*angle.angle) + "\u00b0" : "unavailable");
+    return std::string(side) + ": " +
+           (angle.angle ? whole(*angle.angle) + "\u00b0" : "unavailable");
 }
 
 std::optional<std::string> sideGapLine(std::string_view side, const dravik::AngleSide& angle) {

@@ -39,10 +39,9 @@ struct DirectionChoice {
     std::optional<dravik::CornerDirection> direction;
     std::string_view title;
 };
-inline constexpr DirectionChoice directionChoices[] = {
-    {std::nullopt, "Use photo assessment"},
-    {dravik::CornerDirection::left, "Left"},
-    {dravik::CornerDirection::right, "Right"}};
+inline constexpr DirectionChoice directionChoices[] = {{std::nullopt, "Use photo assessment"},
+                                                       {dravik::CornerDirection::left, "Left"},
+                                                       {dravik::CornerDirection::right, "Right"}};
 // The choice the pair's context holds.
 std::size_t directionChoice(const dravik::PairReport& report);
 inline constexpr std::string_view withheldNotice =

@@ -44,9 +44,9 @@ void ReviewerModel::exportCocoKeypoints(const dravik::CocoExportOptions& options
         return;
     }
     const fs::path& manifest = *session_.manifestURL;
-    const auto chosen = chooser_->chooseSaveFile("Export Reviewed Joints (COCO)",
-                                                 manifest.parent_path() / "reviewed-joints.json",
-                                                 "JSON (*.json)");
+    const auto chosen =
+        chooser_->chooseSaveFile("Export Reviewed Joints (COCO)",
+                                 manifest.parent_path() / "reviewed-joints.json", "JSON (*.json)");
     if (!chosen)
         return;
     const fs::path output = withExtension(*chosen, ".json");

@@ -36,8 +36,12 @@ ReportSession ReportSession::read(const std::filesystem::path& manifest,
         throw dravik::DravikError("No review of this session is saved beside \u201c" +
                                   manifest.filename().string() +
                                   "\u201d, so there is no reviewed evidence to report.");
-    return {manifest,      results, sessionTitle(manifest), std::move(read.document),
-            std::move(read.companions), std::move(read.proposals)};
+    return {manifest,
+            results,
+            sessionTitle(manifest),
+            std::move(read.document),
+            std::move(read.companions),
+            std::move(read.proposals)};
 }
 
 std::string sessionTitle(const std::filesystem::path& manifest) {
@@ -65,8 +69,9 @@ std::vector<ReportSubject> reportSubjects(const dravik::ReviewDocument& document
 
 ReportPage reportPage(const ReportSession& session, const ReportSubject& subject) {
     const Snapshot snapshot = buildSnapshot(session.document, subject.pairID, session.proposals);
-    const auto pair = std::find_if(snapshot.pairs.begin(), snapshot.pairs.end(),
-                                   [&](const auto& candidate) { return candidate.id == subject.pairID; });
+    const auto pair =
+        std::find_if(snapshot.pairs.begin(), snapshot.pairs.end(),
+                     [&](const auto& candidate) { return candidate.id == subject.pairID; });
     if (pair == snapshot.pairs.end())
         throw dravik::DravikError("The session has no pair \u201c" + subject.pairID + "\u201d.");
 

@@ -63,8 +63,9 @@ void ReviewerModel::load(const fs::path& manifest, const fs::path& results) {
     cancelInteraction();
     assign(view_.compare, false, navigationChange);
     setImages(std::move(photos));
-    session_ = SessionState{freshUuid(), manifest, read.reviewFile, std::move(read.companions),
-                            session_.leanProposals, results};
+    session_ = SessionState{
+        freshUuid(), manifest, read.reviewFile, std::move(read.companions), session_.leanProposals,
+        results};
     view_.viewportCenters.clear();
     mark(sessionChange);
 

@@ -13,9 +13,9 @@ namespace tessary {
 // active photo and for a printed page alike.
 
 // The photo notes of a rider's photo that has no reference rider; none for any other photo.
-const dravik::SinglePhotoCoaching* singlePhotoCoachingFor(const CompanionFiles& companions,
-                                                          const dravik::ReviewFrame& frame,
-                                                          const std::optional<dravik::ReviewPair>& pair);
+const dravik::SinglePhotoCoaching*
+singlePhotoCoachingFor(const CompanionFiles& companions, const dravik::ReviewFrame& frame,
+                       const std::optional<dravik::ReviewPair>& pair);
 // The checklist's subject: the pair's, else the photo's own.
 std::string checklistSubjectFor(const std::optional<dravik::ReviewPair>& pair,
                                 const std::string& frameID);

@@ -32,7 +32,7 @@ struct Finished {
 };
 
 Finished run(const QString& program, const QStringList& arguments,
-        const QProcessEnvironment& environment = QProcessEnvironment::systemEnvironment()) {
+             const QProcessEnvironment& environment = QProcessEnvironment::systemEnvironment()) {
     QProcess process;
     process.setProcessEnvironment(environment);
     process.start(program, arguments);
@@ -112,9 +112,7 @@ class ReportTest : public ModelTest {
         return session;
     }
 
-    ReportOptions a4() const {
-        return {QPageSize(QPageSize::A4), QDate(2025, 5, 17)};
-    }
+    ReportOptions a4() const { return {QPageSize(QPageSize::A4), QDate(2025, 5, 17)}; }
 };
 
 } // namespace
@@ -169,8 +167,7 @@ TEST_F(ReportTest, EveryPageSaysWhatThePanelsSayAndDrawsWhatTheCanvasDraws) {
     };
     for (const dravik::CoachingBullet& bullet : report.coaching)
         expected << qText(texts::bulletHeadline(bullet)) << qText(bullet.detail);
-    for (const std::string& observation :
-         model.singlePhotoCoaching().at(alex5).observations)
+    for (const std::string& observation : model.singlePhotoCoaching().at(alex5).observations)
         expected << qText(texts::observationLine(observation));
     ASSERT_FALSE(report.coaching.empty());
     ASSERT_TRUE(report.hasPhotoCoaching);
@@ -209,8 +206,7 @@ TEST_F(ReportTest, EveryPageSaysWhatThePanelsSayAndDrawsWhatTheCanvasDraws) {
         const dravik::LeanLine wheel = *model.document()->leanAnnotation(frameID)->wheel;
         const dravik::Point2 quarter{wheel.a.x + (wheel.b.x - wheel.a.x) / 4,
                                      wheel.a.y + (wheel.b.y - wheel.a.y) / 4};
-        EXPECT_TRUE(colourNear(page, onPage(frameID, quarter), 2, QColor(255, 204, 0)))
-            << frameID;
+        EXPECT_TRUE(colourNear(page, onPage(frameID, quarter), 2, QColor(255, 204, 0))) << frameID;
         const dravik::Point2 elbow = *frameOf(frameID).reviewedPoint("left_elbow");
         // The ring is drawn 4 view points from the joint, about 2 points on paper.
         EXPECT_TRUE(colourNear(page, onPage(frameID, elbow), 6, QColor(52, 199, 89))) << frameID;
@@ -224,7 +220,8 @@ namespace tessary::test {
 namespace {
 
 // Every file under `folder` with its size and time, to see that nothing was written there.
-std::map<std::string, std::pair<std::uintmax_t, fs::file_time_type>> filesIn(const fs::path& folder) {
+std::map<std::string, std::pair<std::uintmax_t, fs::file_time_type>>
+filesIn(const fs::path& folder) {
     std::map<std::string, std::pair<std::uintmax_t, fs::file_time_type>> files;
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder))
         files[fs::relative(entry.path(), folder).string()] = {

@@ -1,8 +1,8 @@
 #include "coaching/coaching_checklist_view.h"
 
+#include "coaching_texts.h"
 #include "common/collapsible_section.h"
 #include "common/text_format.h"
-#include "coaching_texts.h"
 #include "common/widgets.h"
 #include "reviewer_model.h"
 

@@ -2,8 +2,8 @@
 
 #include "common/text_format.h"
 #include "common/widgets.h"
-#include "pair_feedback_texts.h"
 #include "pair/highlight.h"
+#include "pair_feedback_texts.h"
 #include "reviewer_model.h"
 
 #include <QComboBox>
