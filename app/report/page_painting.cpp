@@ -1,8 +1,8 @@
 #include "page_painting.h"
 
 #include "canvas_drawing.h"
-#include "pair_feedback_texts.h"
 #include "report_style.h"
+#include "revision_texts.h"
 #include "rider_labels.h"
 #include "tessary/version.h"
 

@@ -1,23 +1,12 @@
 #include "lean_evidence_texts.h"
 
+#include "dravik/digest_text.h"
 #include "rider_labels.h"
 #include "text_numbers.h"
 
 namespace tessary::texts {
 
-namespace {
-
 using namespace std::string_literals;
-
-// The first 12 hex digits, as every digest is shown.
-std::string shortened(std::string_view digest) {
-    constexpr std::string_view prefix = "sha256:";
-    if (digest.starts_with(prefix))
-        digest.remove_prefix(prefix.size());
-    return std::string(digest.substr(0, 12));
-}
-
-} // namespace
 
 std::string leanMeasurementLine(const dravik::ReviewFrame& frame,
                                 const dravik::LeanFrameEvidence* shown) {
@@ -42,7 +31,7 @@ std::string leanComparisonLine(const dravik::LeanReport& report) {
 
 std::string approvalLine(const dravik::LeanReport& report) {
     if (report.approved && report.evidenceDigest)
-        return "Comparison approved for evidence " + shortened(*report.evidenceDigest);
+        return "Comparison approved for evidence " + dravik::shortDigest(*report.evidenceDigest);
     return "Comparison not approved";
 }
 

@@ -22,10 +22,6 @@ std::string riderMinusReference() {
 
 } // namespace
 
-std::string revisionStatus(std::int64_t revision, std::string_view state) {
-    return "Revision " + std::to_string(revision) + " \u00b7 " + std::string(state);
-}
-
 std::string assumptionLine() {
     return "For "s + RiderLabels::rider + " \u00b7 " + RiderLabels::reference + " assumed correct";
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "dravik/pair_report.h"
+#include "revision_texts.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -14,11 +15,6 @@ namespace tessary::texts {
 
 inline constexpr std::string_view provisionalCoaching = "Provisional coaching";
 inline constexpr std::string_view awaitingEdit = "Awaiting completion of edit";
-inline constexpr std::string_view savedLocally = "Saved locally";
-inline constexpr std::string_view unsaved = "Unsaved";
-
-// "Revision 7 · Saved locally"
-std::string revisionStatus(std::int64_t revision, std::string_view state);
 // "For Rider · Reference rider assumed correct"
 std::string assumptionLine();
 

@@ -24,6 +24,11 @@ std::string fileNamePart(const std::string& id) {
     return part;
 }
 
+// "1 page", "2 pages"
+std::string counted(std::size_t count, const std::string& noun) {
+    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
 std::string quoted(const fs::path& file) {
     return "\u201c" + file.filename().string() + "\u201d";
 }
@@ -54,8 +59,8 @@ void ReviewerModel::exportCocoKeypoints(const dravik::CocoExportOptions& options
         const dravik::CocoExport written =
             dravik::CocoExport::write(*current, manifest, *session_.resultsURL, output, options);
         setMessage("Reviewed joints exported to " + quoted(output) + " \u00b7 " +
-                   std::to_string(written.keypoints) + " keypoints on " +
-                   std::to_string(written.annotations) + " reviewed photos");
+                   counted(written.keypoints, "keypoint") + " on " +
+                   counted(written.annotations, "reviewed photo"));
     } catch (const std::exception& failure) {
         setError(failure.what());
     }
@@ -90,7 +95,7 @@ void ReviewerModel::exportCoachingReport(const CoachingReportWriter& write) {
                                     session_.leanProposals};
         const std::size_t pages = write(session, {subject}, output);
         setMessage("Coaching report exported to " + quoted(output) + " \u00b7 " +
-                   std::to_string(pages) + (pages == 1 ? " page" : " pages"));
+                   counted(pages, "page"));
     } catch (const std::exception& failure) {
         setError(failure.what());
     }

@@ -51,8 +51,8 @@ TEST_F(ShellTest, TheFileMenuExportsTheSavedReviewAndRefusesOneNotSaved) {
     chooser->answers = {out / "joints.json"};
     chooseFromFileMenu(window, coco);
     EXPECT_EQ(model.error(), std::nullopt);
-    EXPECT_EQ(model.message(), "Reviewed joints exported to “joints.json” · 1 keypoints on 1 "
-                               "reviewed photos");
+    EXPECT_EQ(model.message(), "Reviewed joints exported to “joints.json” · 1 keypoint on 1 "
+                               "reviewed photo");
     EXPECT_TRUE(readText(out / "joints.json").starts_with("{"));
 
     // Another program saved the review meanwhile, so our next edit stays unsaved: neither export

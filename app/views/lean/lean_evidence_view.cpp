@@ -5,6 +5,7 @@
 #include "dravik/lean_report.h"
 #include "lean_evidence_texts.h"
 #include "reviewer_model.h"
+#include "revision_texts.h"
 
 #include <QCheckBox>
 #include <QLabel>
