@@ -11,6 +11,8 @@ packages=(
     # The package and its checks: file for cpack's dependency scan, lintian, and the validators
     # of the launcher and the AppStream metadata.
     file lintian desktop-file-utils appstream
+    # pdftotext and pdftoppm read the coaching report back in its tests.
+    poppler-utils
 )
 # The pose worker of dravik-batch runs on Node.js; Debian's own is enough.
 command -v node >/dev/null && command -v npm >/dev/null || packages+=(nodejs npm)

@@ -96,7 +96,7 @@ void JointCanvasView::paintEvent(QPaintEvent* event) {
 
     const QRectF shown = visibleRegion().boundingRect();
     if (preview)
-        drawPreviewNotice(painter, *frame, *preview, scale_);
+        drawPreviewNotice(painter, *frame, *preview, scale_, shown);
     else if (!model_->showMarkers())
         // Kept off on purpose (lean review hides them): say so, or it looks like no detection.
         drawCanvasNote(painter, shown, QStringLiteral("Joint markers hidden"));
@@ -110,6 +110,7 @@ void JointCanvasView::paintEvent(QPaintEvent* event) {
 
 LeanScene JointCanvasView::leanScene() const {
     LeanScene scene;
+    scene.shown = visibleRegion().boundingRect();
     const bool active = model_->activeFrameID() == frameID_;
     scene.placing = active && model_->leanPlacement().has_value();
     scene.placementStart = model_->leanPlacementStart();

@@ -1,4 +1,5 @@
 #include "reviewer_model.h"
+#include "state/companion_lookup.h"
 
 #include <algorithm>
 
@@ -76,39 +77,23 @@ void ReviewerModel::setSettings(const std::string& frameID, const Presentation& 
 
 const dravik::SinglePhotoCoaching* ReviewerModel::currentSinglePhotoCoaching() const {
     const dravik::ReviewFrame* active = frame();
-    if (!active || active->role != "subject")
-        return nullptr;
-    if (auto current = pair(); current && current->hasReference())
-        return nullptr;
-    auto found = session_.companions.singlePhotoCoaching.find(active->id);
-    return found == session_.companions.singlePhotoCoaching.end() ? nullptr : &found->second;
+    return active ? singlePhotoCoachingFor(session_.companions, *active, pair()) : nullptr;
 }
 
 std::optional<std::string> ReviewerModel::checklistSubjectID() const {
-    if (auto current = pair())
-        return dravik::CoachingChecklist::subjectID(*current);
-    return view_.activeFrameID;
+    if (!view_.activeFrameID)
+        return std::nullopt;
+    return checklistSubjectFor(pair(), *view_.activeFrameID);
 }
 
 bool ReviewerModel::checklistDirectionConflict() const {
-    auto subject = checklistSubjectID();
-    if (!subject)
-        return false;
-    auto found = session_.companions.coachingChecklists.find(*subject);
-    if (found == session_.companions.coachingChecklists.end())
-        return false;
-    const dravik::PairReport* current = report();
-    const auto direction =
-        current ? current->effectiveCornerDirection : dravik::CornerDirection::unknown;
-    return found->second.cornerDirection != direction;
+    const auto subject = checklistSubjectID();
+    return subject && checklistConflicts(session_.companions, *subject, report());
 }
 
 const dravik::CoachingChecklistReview* ReviewerModel::currentCoachingChecklist() const {
-    auto subject = checklistSubjectID();
-    if (!subject || checklistDirectionConflict())
-        return nullptr;
-    auto found = session_.companions.coachingChecklists.find(*subject);
-    return found == session_.companions.coachingChecklists.end() ? nullptr : &found->second;
+    const auto subject = checklistSubjectID();
+    return subject ? checklistShown(session_.companions, *subject, report()) : nullptr;
 }
 
 bool ReviewerModel::isUnsaved() const {

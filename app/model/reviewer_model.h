@@ -1,6 +1,7 @@
 #pragma once
 
 #include "dravik/coaching.h"
+#include "dravik/coco_export.h"
 #include "dravik/detection.h"
 #include "dravik/geometry.h"
 #include "dravik/lean.h"
@@ -10,6 +11,7 @@
 #include "editing/commit.h"
 #include "environment/bundle.h"
 #include "environment/file_chooser.h"
+#include "exporting/report_source.h"
 #include "opening/photo_loading.h"
 #include "opening/review_preset.h"
 #include "state/interaction_state.h"
@@ -192,6 +194,13 @@ class ReviewerModel : public QObject {
     void placeLean(const dravik::Point2& point, const std::string& frameID);
     void nudgeLean(double dx, double dy);
     void updateLeanContext(dravik::LeanPairContext context, bool approve = false);
+
+    // Exporting the saved review for others (exporting/exporting.cpp). Each asks for the file to
+    // write through the chooser, refuses while the review on screen is not saved, and reports in
+    // the status line, or in `error` when it fails.
+    void exportCocoKeypoints(const dravik::CocoExportOptions& options = {});
+    // The report of what the window shows: the pair compared in Compare mode, else the photo.
+    void exportCoachingReport(const CoachingReportWriter& write);
 
     // Detection retry and session discovery (detection/): the batch program runs on a background
     // thread and its answer comes back to the GUI thread.

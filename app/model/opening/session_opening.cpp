@@ -64,8 +64,8 @@ void ReviewerModel::load(const fs::path& manifest, const fs::path& results) {
     assign(view_.compare, false, navigationChange);
     setImages(std::move(photos));
     session_ = SessionState{
-        freshUuid(),           read.title, manifest, read.reviewFile, std::move(read.companions),
-        session_.leanProposals};
+        freshUuid(), read.title, manifest, read.reviewFile, std::move(read.companions),
+        session_.leanProposals, results};
     view_.viewportCenters.clear();
     mark(sessionChange);
 

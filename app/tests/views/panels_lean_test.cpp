@@ -1,3 +1,4 @@
+#include "dravik/digest_text.h"
 #include "dravik/lean_analysis.h"
 #include "lean/lean_evidence_view.h"
 #include "lean/lean_review_view.h"
@@ -166,7 +167,7 @@ TEST_F(LeanPanelTest, TheEvidenceListsEachRiderAndItsApprovalNeedsFiveChecksOnUn
     const std::string digest =
         dravik::LeanAnalysis::evidenceDigest(*model.document(), *model.pair());
     EXPECT_TRUE(
-        showsText(view, u"Approved · evidence "_s + QString::fromStdString(digest.substr(0, 12))));
+        showsText(view, u"Approved · evidence "_s + QString::fromStdString(dravik::shortDigest(digest))));
 
     // Reporting similar speed is a change of evidence: the approval goes, the note appears, and
     // the status line says it went.

@@ -1,9 +1,11 @@
 #include "coaching/single_photo_feedback_view.h"
 
 #include "coaching/coaching_checklist_view.h"
+#include "coaching_texts.h"
 #include "common/collapsible_section.h"
+#include "common/text_format.h"
 #include "common/widgets.h"
-#include "dravik/coaching.h"
+#include "pair_feedback_texts.h"
 #include "reviewer_model.h"
 
 #include <QLabel>
@@ -11,31 +13,23 @@
 
 namespace tessary {
 
-using namespace Qt::StringLiterals;
-
 SinglePhotoFeedbackView::SinglePhotoFeedbackView(ReviewerModel& model, QWidget* parent)
     : QWidget(parent), model_(model) {
     auto* layout = new QVBoxLayout(this);
-    layout->addWidget(headingLabel(u"Provisional coaching"_s, this));
-    layout->addWidget(secondaryLabel(u"Single-photo assessment · no reference rider"_s, this));
+    layout->addWidget(headingLabel(qText(texts::provisionalCoaching), this));
+    layout->addWidget(secondaryLabel(qText(texts::singlePhotoSubtitle), this));
     layout->addWidget(new CoachingChecklistView(model_, this));
     loadError_ = warningLabel({}, this);
     layout->addWidget(loadError_);
-    note_ = textLabel(u"Photo-based draft · observations and practice cues, not coach-validated "
-                      u"findings. No comparison with another rider is implied."_s,
-                      this);
+    note_ = textLabel(qText(texts::singlePhotoNote), this);
     observations_ = new QVBoxLayout;
-    basis_ = new CollapsibleSection(u"Assessment basis"_s, this);
-    absent_ =
-        textLabel(u"No provisional photo assessment has been added for this image yet."_s, this);
+    basis_ = new CollapsibleSection(qText(texts::assessmentBasisTitle), this);
+    absent_ = textLabel(qText(texts::noSinglePhotoCoaching), this);
     layout->addWidget(note_);
     layout->addLayout(observations_);
     layout->addWidget(basis_);
     layout->addWidget(absent_);
-    layout->addWidget(secondaryLabel(u"A still photo cannot establish grip pressure, hidden joint "
-                                     u"positions, braking or acceleration timing, or a precise "
-                                     u"body-position target."_s,
-                                     this));
+    layout->addWidget(secondaryLabel(qText(texts::stillPhotoLimitation), this));
     layout->addStretch();
 
     for (auto signal : {&ReviewerModel::sessionChanged, &ReviewerModel::snapshotChanged,
@@ -58,7 +52,7 @@ void SinglePhotoFeedbackView::refresh() {
     if (!coaching)
         return;
     for (const std::string& observation : coaching->observations)
-        observations_->addWidget(textLabel(u"• "_s + QString::fromStdString(observation)));
+        observations_->addWidget(textLabel(qText(texts::observationLine(observation))));
     for (const std::string& basis : coaching->assessmentBasis)
         basis_->contentLayout()->addWidget(textLabel(QString::fromStdString(basis)));
 }

@@ -2,6 +2,7 @@
 
 #include "common/text_format.h"
 #include "common/widgets.h"
+#include "pair_feedback_texts.h"
 #include "reviewer_model.h"
 
 #include <QComboBox>
@@ -12,32 +13,13 @@
 
 namespace tessary {
 
-using namespace Qt::StringLiterals;
-
 namespace {
-
-QString differenceText(const std::optional<double>& difference) {
-    if (!difference)
-        return u"Unavailable"_s;
-    return u"Visible difference: "_s + signedWhole(*difference) + u"° "_s +
-           QString::fromUtf8(RiderLabels::rider) + u" − "_s +
-           QString::fromUtf8(RiderLabels::reference) + u"; this is not a target or fault."_s;
-}
 
 // The side's angle, then why it is missing when it is.
 void addSide(QVBoxLayout* layout, const char* sideLabel, const dravik::AngleSide& side) {
-    const QString name = QString::fromUtf8(sideLabel);
-    layout->addWidget(
-        textLabel(name + u": "_s + (side.angle ? whole(*side.angle) + u"°"_s : u"unavailable"_s)));
-    if (!side.missingJoints.empty()) {
-        QStringList joints;
-        for (const std::string& joint : side.missingJoints)
-            joints << QString::fromStdString(joint);
-        layout->addWidget(
-            secondaryLabel(name + u" needs visible review: "_s + joints.join(u", "_s)));
-    } else if (side.degenerate) {
-        layout->addWidget(secondaryLabel(name + u": degenerate geometry; angle unavailable."_s));
-    }
+    layout->addWidget(textLabel(qText(texts::sideAngleLine(sideLabel, side))));
+    if (const auto gap = texts::sideGapLine(sideLabel, side))
+        layout->addWidget(secondaryLabel(qText(*gap)));
 }
 
 } // namespace
@@ -46,7 +28,7 @@ AngleMeasurementsView::AngleMeasurementsView(ReviewerModel& model, QWidget* pare
     : QWidget(parent), model_(model) {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(headingLabel(u"2D included angles · measurements and evidence"_s, this));
+    layout->addWidget(headingLabel(qText(texts::anglesHeading), this));
     observations_ = new QVBoxLayout;
     layout->addLayout(observations_);
     evidence_ = secondaryLabel({}, this);
@@ -73,9 +55,9 @@ void AngleMeasurementsView::refresh() {
         block->addWidget(title);
 
         auto* row = new QHBoxLayout;
-        row->addWidget(new QLabel(u"Views"_s));
+        row->addWidget(new QLabel(qText(texts::viewsTitle)));
         auto* views = new QComboBox;
-        views->setAccessibleName(u"Views"_s);
+        views->setAccessibleName(qText(texts::viewsTitle));
         for (dravik::ViewComparability value : dravik::allViewComparabilities)
             views->addItem(qText(dravik::label(value)));
         const auto* all = std::begin(dravik::allViewComparabilities);
@@ -94,14 +76,12 @@ void AngleMeasurementsView::refresh() {
         row->addStretch();
         block->addLayout(row);
 
-        block->addWidget(textLabel(differenceText(observation.difference)));
+        block->addWidget(textLabel(qText(texts::differenceLine(observation.difference))));
         addSide(block, RiderLabels::rider, observation.rider);
         addSide(block, RiderLabels::reference, observation.reference);
         observations_->addLayout(block);
     }
-    evidence_->setText(u"Evidence "_s + QString::fromStdString(report->shortDigest()) +
-                       u" · analyzer "_s + QString::fromStdString(report->analyzerVersion) +
-                       u" · rules "_s + QString::fromStdString(report->ruleCatalogVersion));
+    evidence_->setText(qText(texts::evidenceLine(*report)));
 }
 
 } // namespace tessary

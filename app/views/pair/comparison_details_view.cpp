@@ -3,6 +3,7 @@
 #include "common/text_format.h"
 #include "common/widgets.h"
 #include "pair/highlight.h"
+#include "pair_feedback_texts.h"
 #include "reviewer_model.h"
 
 #include <QComboBox>
@@ -11,33 +12,22 @@
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
-#include <algorithm>
 
 namespace tessary {
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-// The picker's rows: no override, then the two turn directions.
-const std::optional<dravik::CornerDirection> overrides[] = {
-    std::nullopt, dravik::CornerDirection::left, dravik::CornerDirection::right};
-
-} // namespace
-
 ComparisonDetailsView::ComparisonDetailsView(ReviewerModel& model, QWidget* parent)
     : CollapsibleSection({}, parent), model_(model) {
     QVBoxLayout* layout = contentLayout();
-    layout->addWidget(textLabel(u"Rider and Reference rider come from the session’s saved role "
-                                u"assignments. Turn direction uses your saved selection, or the "
-                                u"photo assessment when available."_s,
-                                this));
+    layout->addWidget(textLabel(qText(texts::comparisonExplanation), this));
     auto* row = new QHBoxLayout;
-    row->addWidget(new QLabel(u"Direction override"_s, this));
+    row->addWidget(new QLabel(qText(texts::directionOverrideTitle), this));
     direction_ = new QComboBox(this);
-    direction_->setAccessibleName(u"Direction override"_s);
+    direction_->setAccessibleName(qText(texts::directionOverrideTitle));
     direction_->setFixedWidth(320);
-    direction_->addItems({u"Use photo assessment"_s, u"Left"_s, u"Right"_s});
+    for (const texts::DirectionChoice& choice : texts::directionChoices)
+        direction_->addItem(qText(choice.title));
     row->addWidget(direction_);
     row->addStretch();
     layout->addLayout(row);
@@ -46,12 +36,10 @@ ComparisonDetailsView::ComparisonDetailsView(ReviewerModel& model, QWidget* pare
         if (!report)
             return;
         dravik::PairContext context = report->context;
-        context.directionOverride = overrides[index];
+        context.directionOverride = texts::directionChoices[index].direction;
         model_.updateContext(context);
     });
-    withheld_ = warningLabel(u"Photo coaching is withheld because your direction override "
-                             u"differs from the reviewed photos."_s,
-                             this);
+    withheld_ = warningLabel(qText(texts::withheldNotice), this);
     layout->addWidget(withheld_);
     focusPoints_ = new QVBoxLayout;
     layout->addLayout(focusPoints_);
@@ -66,21 +54,14 @@ void ComparisonDetailsView::refresh() {
     const dravik::PairReport* report = model_.report();
     if (!report)
         return;
-    setTitle(u"Comparison details · "_s +
-             qText(dravik::rawValue(report->effectiveCornerDirection)) + u" turn"_s);
-    const auto& chosen = report->context.directionOverride;
+    setTitle(qText(texts::comparisonDetailsTitle(*report)));
     {
         const QSignalBlocker block(direction_);
-        const auto* row = std::find(std::begin(overrides), std::end(overrides), chosen);
-        direction_->setCurrentIndex(
-            row == std::end(overrides) ? 0 : static_cast<int>(row - std::begin(overrides)));
+        direction_->setCurrentIndex(static_cast<int>(texts::directionChoice(*report)));
     }
-    withheld_->setVisible(chosen.has_value() && !report->hasPhotoCoaching);
+    withheld_->setVisible(texts::withholdsPhotoCoaching(*report));
     for (const dravik::FocusPoint& point : report->focusPoints) {
-        auto* button = new QPushButton(qText(dravik::label(point.feature)) + u": "_s +
-                                       whole(point.difference) + u"° "_s +
-                                       QString::fromUtf8(RiderLabels::rider) + u" − "_s +
-                                       QString::fromUtf8(RiderLabels::reference));
+        auto* button = new QPushButton(qText(texts::focusPointLine(point)));
         button->setFlat(true);
         button->setStyleSheet(u"text-align: left"_s);
         connect(button, &QPushButton::clicked, this,

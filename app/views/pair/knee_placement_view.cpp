@@ -2,6 +2,7 @@
 
 #include "common/text_format.h"
 #include "common/widgets.h"
+#include "pair_feedback_texts.h"
 #include "reviewer_model.h"
 
 #include <QComboBox>
@@ -13,12 +14,9 @@
 
 namespace tessary {
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
-constexpr dravik::PairFeature knees[] = {dravik::PairFeature::insideKnee,
-                                         dravik::PairFeature::outsideKnee};
+using texts::knees;
 
 int indexOf(dravik::KneePlacement placement) {
     const auto* all = std::begin(dravik::allKneePlacements);
@@ -31,13 +29,8 @@ KneePlacementView::KneePlacementView(ReviewerModel& model, QWidget* parent)
     : QWidget(parent), model_(model) {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(headingLabel(u"Knee placement · visual review"_s, this));
-    layout->addWidget(
-        textLabel(u"Compare Rider with Reference rider at a similar cornering moment. Choose a "
-                  u"difference only when the thigh, knee and tank are visible in both views and "
-                  u"perspective allows comparison. Consider pelvis and foot placement together; "
-                  u"otherwise choose Cannot compare."_s,
-                  this));
+    layout->addWidget(headingLabel(qText(texts::kneeHeading), this));
+    layout->addWidget(textLabel(qText(texts::kneeInstruction), this));
     auto* grid = new QGridLayout;
     for (int i = 0; i < 2; ++i) {
         labels_[i] = new QLabel(this);
@@ -59,7 +52,7 @@ KneePlacementView::KneePlacementView(ReviewerModel& model, QWidget* parent)
     }
     grid->setColumnStretch(2, 1);
     layout->addLayout(grid);
-    layout->addWidget(secondaryLabel(u"Knees marked obscured are excluded from coaching."_s, this));
+    layout->addWidget(secondaryLabel(qText(texts::kneeNote), this));
 
     connect(&model_, &ReviewerModel::snapshotChanged, this, &KneePlacementView::refresh);
     connect(&model_, &ReviewerModel::navigationChanged, this, &KneePlacementView::refresh);
@@ -71,13 +64,10 @@ void KneePlacementView::refresh() {
     if (!report)
         return;
     for (int i = 0; i < 2; ++i) {
-        const auto role = dravik::role(knees[i], report->effectiveCornerDirection);
-        labels_[i]->setText(QString::fromStdString(role.value_or(std::string())) + u" knee"_s);
+        labels_[i]->setText(qText(texts::kneeLabel(*report, knees[i])));
         pickers_[i]->setAccessibleName(labels_[i]->text());
-        int selected = -1; // no choice stored: the picker shows none
-        if (const auto& stored = report->context.kneePlacements)
-            if (auto found = stored->find(knees[i]); found != stored->end())
-                selected = indexOf(found->second);
+        const auto stored = texts::kneePlacement(*report, knees[i]);
+        const int selected = stored ? indexOf(*stored) : -1; // none stored: the picker shows none
         const QSignalBlocker block(pickers_[i]);
         pickers_[i]->setCurrentIndex(selected);
     }

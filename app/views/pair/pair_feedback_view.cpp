@@ -9,6 +9,7 @@
 #include "pair/comparison_details_view.h"
 #include "pair/highlight.h"
 #include "pair/knee_placement_view.h"
+#include "pair_feedback_texts.h"
 #include "reviewer_model.h"
 
 #include <QHBoxLayout>
@@ -37,17 +38,14 @@ PairFeedbackView::PairFeedbackView(ReviewerModel& model, QWidget* parent)
     layout->addWidget(leanEvidence_);
 
     auto* statusRow = new QHBoxLayout;
-    QLabel* title = headingLabel(u"Provisional coaching"_s, content_);
+    QLabel* title = headingLabel(qText(texts::provisionalCoaching), content_);
     title->setWordWrap(false);
     statusRow->addWidget(title);
     status_ = secondaryLabel({}, content_);
     status_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     statusRow->addWidget(status_, 1);
     layout->addLayout(statusRow);
-    layout->addWidget(secondaryLabel(u"For "_s + QString::fromUtf8(RiderLabels::rider) + u" · "_s +
-                                         QString::fromUtf8(RiderLabels::reference) +
-                                         u" assumed correct"_s,
-                                     content_));
+    layout->addWidget(secondaryLabel(qText(texts::assumptionLine()), content_));
     layout->addWidget(new CoachingChecklistView(model_, content_));
     bullets_ = new QVBoxLayout;
     layout->addLayout(bullets_);
@@ -72,13 +70,13 @@ void PairFeedbackView::refreshStatus() {
     if (!model_.report() || !document)
         return;
     if (model_.hasPreview()) {
-        status_->setText(u"Awaiting completion of edit"_s);
+        status_->setText(qText(texts::awaitingEdit));
         status_->setStyleSheet(u"color: rgb(230, 126, 0)"_s);
         return;
     }
     status_->setStyleSheet({});
-    status_->setText(u"Revision "_s + QString::number(document->revision()) + u" · "_s +
-                     (model_.isUnsaved() ? u"Unsaved"_s : u"Saved locally"_s));
+    status_->setText(qText(texts::revisionStatus(
+        document->revision(), model_.isUnsaved() ? texts::unsaved : texts::savedLocally)));
 }
 
 void PairFeedbackView::refresh() {
@@ -90,30 +88,18 @@ void PairFeedbackView::refresh() {
     refreshStatus();
     leanEvidence_->setVisible(model_.leanMode());
 
-    const bool directionKnown = report->effectiveCornerDirection != dravik::allCornerDirections[0];
     for (const dravik::CoachingBullet& bullet : report->coaching) {
-        auto* entry = new TextButton(u"• "_s + QString::fromStdString(bullet.headline),
+        auto* entry = new TextButton(qText(texts::bulletHeadline(bullet)),
                                      QString::fromStdString(bullet.detail));
         connect(entry, &TextButton::clicked, this,
                 [this, feature = bullet.feature] { highlight(model_, feature); });
         bullets_->addWidget(entry);
     }
-    if (report->coaching.empty())
-        bullets_->addWidget(textLabel(
-            directionKnown
-                ? u"No actionable difference from the available reviews. Elbows need comparable, "
-                  u"reviewed angles; add a knee placement review below for knee guidance."_s
-                : u"This pair has no turn assessment yet. Set a direction under Comparison "
-                  u"details, or add a photo review."_s));
+    if (const auto status = texts::coachingStatus(*report))
+        bullets_->addWidget(textLabel(qText(*status)));
 
-    methodNote_->setText(
-        report->hasPhotoCoaching
-            ? u"Photo-based coaching draft · whole-body comparison. These notes come from "
-              u"reviewing this pair, not from the skeleton or an angle threshold."_s
-            : u"Draft guidance · elbow differences of 10° or more get attention; this is an "
-              u"adjustable heuristic, not a validated target. Knee guidance uses visual "
-              u"placement only."_s);
-    knees_->setVisible(!(directionKnown && report->hasPhotoCoaching));
+    methodNote_->setText(qText(texts::methodNote(*report)));
+    knees_->setVisible(texts::asksForKneePlacement(*report));
 }
 
 } // namespace tessary

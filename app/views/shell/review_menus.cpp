@@ -1,5 +1,6 @@
 #include "shell/review_menus.h"
 
+#include "coaching_report.h"
 #include "reviewer_model.h"
 
 #include <QAction>
@@ -16,6 +17,9 @@ ReviewMenus::ReviewMenus(QMainWindow& window, ReviewerModel& model)
     save_ = file->addAction("Save Review");
     save_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_S));
     file->addSeparator();
+    exportReport_ = file->addAction("Export Coaching Report…");
+    exportCoco_ = file->addAction("Export Reviewed Joints (COCO)…");
+    file->addSeparator();
     quit_ = file->addAction("Quit");
     quit_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
     quit_->setMenuRole(QAction::QuitRole);
@@ -28,12 +32,23 @@ ReviewMenus::ReviewMenus(QMainWindow& window, ReviewerModel& model)
     connect(open_, &QAction::triggered, this, [this] { model_.openSession(); });
     connect(save_, &QAction::triggered, this, [this] { model_.save(); });
     connect(undo_, &QAction::triggered, this, [this] { model_.undo(); });
+    connect(exportReport_, &QAction::triggered, this, [this] {
+        model_.exportCoachingReport([](const ReportSession& session,
+                                       const std::vector<ReportSubject>& subjects,
+                                       const std::filesystem::path& output) {
+            return writeCoachingReport(session, subjects, output);
+        });
+    });
+    connect(exportCoco_, &QAction::triggered, this, [this] { model_.exportCocoKeypoints(); });
+    connect(&model_, &ReviewerModel::snapshotChanged, this, &ReviewMenus::refresh);
     connect(&model_, &ReviewerModel::undoStackChanged, this, &ReviewMenus::refresh);
     refresh();
 }
 
 void ReviewMenus::refresh() {
     undo_->setEnabled(!model_.undoStack().empty());
+    exportReport_->setEnabled(model_.document() != nullptr);
+    exportCoco_->setEnabled(model_.document() != nullptr);
 }
 
 } // namespace tessary

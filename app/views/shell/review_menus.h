@@ -9,7 +9,8 @@ namespace tessary {
 
 class ReviewerModel;
 
-// The window's menu commands: opening, saving and undoing. There is deliberately no Redo.
+// The window's menu commands: opening, saving, exporting and undoing. There is deliberately no
+// Redo.
 class ReviewMenus : public QObject {
     Q_OBJECT
 
@@ -18,6 +19,8 @@ class ReviewMenus : public QObject {
 
     QAction* openSession() const { return open_; }
     QAction* saveReview() const { return save_; }
+    QAction* exportCoachingReport() const { return exportReport_; }
+    QAction* exportCocoKeypoints() const { return exportCoco_; }
     QAction* undoReviewEdit() const { return undo_; }
     QAction* quit() const { return quit_; }
 
@@ -27,6 +30,8 @@ class ReviewMenus : public QObject {
     ReviewerModel& model_;
     QAction* open_;
     QAction* save_;
+    QAction* exportReport_;
+    QAction* exportCoco_;
     QAction* undo_;
     QAction* quit_;
 };

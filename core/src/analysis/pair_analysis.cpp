@@ -2,6 +2,7 @@
 #include "analysis/evidence_digest.h"
 #include "analysis/included_angle.h"
 #include "dravik/analysis.h"
+#include "dravik/digest_text.h"
 #include "dravik/error.h"
 #include "dravik/review.h"
 #include "dravik/store.h"
@@ -99,12 +100,15 @@ std::vector<FocusPoint> focusPoints(const std::vector<PairObservation>& observat
 
 } // namespace
 
-std::string PairReport::shortDigest() const {
+std::string shortDigest(std::string_view digest) {
     constexpr std::string_view prefix = "sha256:";
-    std::string_view digest = evidenceDigest;
     if (digest.starts_with(prefix))
         digest.remove_prefix(prefix.size());
     return std::string(digest.substr(0, 12));
+}
+
+std::string PairReport::shortDigest() const {
+    return dravik::shortDigest(evidenceDigest);
 }
 
 std::string_view PairReport::limitations() {

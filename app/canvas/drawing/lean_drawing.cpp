@@ -4,7 +4,6 @@
 #include <QFontDatabase>
 #include <QPainter>
 #include <QPainterPath>
-#include <QWidget>
 #include <algorithm>
 #include <cmath>
 #include <numbers>
@@ -30,17 +29,14 @@ QFont tagFont(int pixels, bool bold) {
 }
 
 void drawTag(QPainter& painter, const QPointF& anchor, const QString& text, const QColor& colour,
-             const QFont& font) {
+             const QFont& font, const QRectF& shown) {
     painter.setFont(font);
     QRectF bounds = painter.boundingRect(QRectF(anchor, QSizeF(1000, 1000)),
                                          Qt::AlignLeft | Qt::AlignTop, text);
     QRectF plate = bounds.adjusted(-tagPadding, -tagPadding, tagPadding, tagPadding);
     // Kept in sight: a line near the edge of the photo or of the scrolled view would otherwise
     // push its text out of it.
-    if (const QPaintDevice* device = painter.device()) {
-        QRectF shown(0, 0, device->width(), device->height());
-        if (const auto* widget = dynamic_cast<const QWidget*>(device))
-            shown = widget->visibleRegion().boundingRect();
+    if (!shown.isEmpty()) {
         const QPointF shift(
             std::max(shown.left() - plate.left(), std::min(0.0, shown.right() - plate.right())),
             std::max(shown.top() - plate.top(), std::min(0.0, shown.bottom() - plate.bottom())));
@@ -77,14 +73,14 @@ ViewLine viewLine(const dravik::LeanLine& line, const dravik::PixelRect& panel, 
 }
 
 void drawLine(QPainter& painter, const ViewLine& line, const QColor& colour, const QString& label,
-              const QFont& font) {
+              const QFont& font, const QRectF& shown) {
     painter.setPen(QPen(colour, lineWidth, Qt::SolidLine, Qt::RoundCap));
     painter.drawLine(line.a, line.b);
-    drawTag(painter, midpoint(line.a, line.b) + QPointF(12, 6), label, colour, font);
+    drawTag(painter, midpoint(line.a, line.b) + QPointF(12, 6), label, colour, font, shown);
 }
 
 void drawAngle(QPainter& painter, const dravik::LeanMeasurement& measurement, const ViewLine& wheel,
-               bool previewing) {
+               bool previewing, const QRectF& shown) {
     // The upright of the reference, and the wheel axis turned from it by the measured angle.
     const double upright = measurement.referenceOrientation + 90.0;
     const double axis = upright - measurement.angle;
@@ -110,7 +106,7 @@ void drawAngle(QPainter& painter, const dravik::LeanMeasurement& measurement, co
                                            static_cast<qsizetype>(measurement.title().size())) +
                          '\n' + status;
     drawTag(painter, vertex + QPointF(rayLength + 6, -rayLength), text, palette::yellow,
-            tagFont(12, true));
+            tagFont(12, true), shown);
 }
 
 QString lineLabel(std::string_view prefix, bool reviewed) {
@@ -144,13 +140,14 @@ void drawLean(QPainter& painter, const dravik::PixelRect& panel, const LeanScene
     std::optional<ViewLine> wheel, reference;
     if (annotation && annotation->wheel) {
         wheel = viewLine(*annotation->wheel, panel, scale);
-        drawLine(painter, *wheel, palette::yellow, lineLabel({}, annotation->wheelReviewed), small);
+        drawLine(painter, *wheel, palette::yellow, lineLabel({}, annotation->wheelReviewed), small,
+                 scene.shown);
     }
     if (annotation && annotation->reference) {
         reference = viewLine(*annotation->reference, panel, scale);
         drawLine(painter, *reference, palette::cyan,
-                 lineLabel(dravik::prefix(annotation->basis), annotation->referenceReviewed),
-                 small);
+                 lineLabel(dravik::prefix(annotation->basis), annotation->referenceReviewed), small,
+                 scene.shown);
     }
 
     if (annotation)
@@ -168,7 +165,7 @@ void drawLean(QPainter& painter, const dravik::PixelRect& panel, const LeanScene
     painter.setBrush(Qt::NoBrush);
 
     if (scene.measurement && wheel && reference) {
-        drawAngle(painter, *scene.measurement, *wheel, scene.previewing);
+        drawAngle(painter, *scene.measurement, *wheel, scene.previewing, scene.shown);
         return;
     }
     const QString advice = wheel
@@ -183,7 +180,7 @@ void drawLean(QPainter& painter, const dravik::PixelRect& panel, const LeanScene
     else if (scene.placing && scene.placementStart)
         anchor = viewPoint(*scene.placementStart, panel, scale) + QPointF(12, -40);
     drawTag(painter, anchor, QStringLiteral("Wheel lean unavailable\n") + advice, palette::yellow,
-            tagFont(12, true));
+            tagFont(12, true), scene.shown);
 }
 
 } // namespace tessary

@@ -7,6 +7,7 @@
 #include <QColor>
 #include <QFont>
 #include <QPointF>
+#include <QRectF>
 #include <QString>
 #include <optional>
 #include <set>
@@ -42,6 +43,9 @@ struct LeanScene {
     bool previewing = false; // a handle is being dragged
     // Where the pointer is while a line is being placed: the line follows it from its start.
     std::optional<dravik::Point2> pointer;
+    // The part of the view in sight, where the labels are kept: the scrolled canvas's visible
+    // part, or a printed photo's crop.
+    QRectF shown;
 };
 
 inline QPointF viewPoint(const dravik::Point2& source, const dravik::PixelRect& panel,
@@ -52,9 +56,10 @@ inline QPointF viewPoint(const dravik::Point2& source, const dravik::PixelRect& 
 
 QFont tagFont(int pixels, bool bold);
 
-// Text on a dark plate, so it reads on any photo; `anchor` is the plate's top-left corner.
+// Text on a dark plate, so it reads on any photo; `anchor` is the plate's top-left corner. The
+// plate is moved inside `shown`, the part of the view in sight, unless that is empty.
 void drawTag(QPainter& painter, const QPointF& anchor, const QString& text, const QColor& colour,
-             const QFont& font);
+             const QFont& font, const QRectF& shown);
 
 // Raw comparison points, bones, joint markers and their numbers. A number is left out where it
 // would overlap a marker already numbered, the selected joint's first.
@@ -63,7 +68,7 @@ void drawSkeleton(QPainter& painter, const dravik::ReviewFrame& frame, const Ske
 
 // The notice that a dragged joint is not saved yet, beside it; drawn over everything else.
 void drawPreviewNotice(QPainter& painter, const dravik::ReviewFrame& frame,
-                       const JointPreview& preview, double scale);
+                       const JointPreview& preview, double scale, const QRectF& shown);
 
 // A short note at the top left of `shown`, for a state of the canvas the photo cannot show.
 void drawCanvasNote(QPainter& painter, const QRectF& shown, const QString& text);

@@ -136,14 +136,15 @@ void drawSkeleton(QPainter& painter, const dravik::ReviewFrame& frame, const Ske
 }
 
 void drawPreviewNotice(QPainter& painter, const dravik::ReviewFrame& frame,
-                       const JointPreview& preview, double scale) {
+                       const JointPreview& preview, double scale, const QRectF& shown) {
     // Nothing is saved until the button comes up; the dragged joint says so.
     drawTag(painter, viewPoint(preview.point, frame.panel, scale) + QPointF(12, 8),
-            QStringLiteral("Preview · release to save"), palette::white, tagFont(11, false));
+            QStringLiteral("Preview · release to save"), palette::white, tagFont(11, false), shown);
 }
 
 void drawCanvasNote(QPainter& painter, const QRectF& shown, const QString& text) {
-    drawTag(painter, shown.topLeft() + QPointF(8, 8), text, palette::white, tagFont(11, false));
+    drawTag(painter, shown.topLeft() + QPointF(8, 8), text, palette::white, tagFont(11, false),
+            shown);
 }
 
 } // namespace tessary

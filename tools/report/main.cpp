@@ -1,0 +1,115 @@
+// tessary-report: the coaching report of a session's saved review, as a PDF, without a window.
+#include "coaching_report.h"
+#include "dravik/error.h"
+#include "exporting/report_source.h"
+#include "tessary/version.h"
+
+#include <QGuiApplication>
+#include <cstdio>
+#include <exception>
+#include <getopt.h>
+#include <iostream>
+#include <optional>
+#include <string>
+
+using namespace tessary;
+
+namespace {
+
+constexpr int usageStatus = 64; // EX_USAGE
+
+constexpr const char* usage =
+    "Usage: tessary-report MANIFEST RESULTS [--pair ID | --frame ID] -o FILE.pdf\n"
+    "       tessary-report --help | --version\n";
+
+constexpr const char* help =
+    "\n"
+    "Writes the coaching report of a session's saved review as a PDF: for each pair, its photos\n"
+    "with the reviewed joints and the wheel-lean lines, the coaching drafts, the measurements\n"
+    "behind them and every limitation the window states. A pair with a reference rider is\n"
+    "compared; a rider alone gets the page of their photo. Paper is Letter where the locale\n"
+    "measures in inches, A4 elsewhere. No display is needed.\n"
+    "\n"
+    "  -o, --output FILE.pdf      the file to write (never a file of the session)\n"
+    "      --pair ID              only this pair\n"
+    "      --frame ID             only this photo (\"PAIR/RIDER\"), as Single mode shows it\n"
+    "  -h, --help                 this text\n"
+    "  -V, --version              the version\n";
+
+// Qt's own notes (such as a missing XDG_RUNTIME_DIR, common where there is no desktop session)
+// say nothing about the report; only its errors are passed on.
+void qtErrorsOnly(QtMsgType type, const QMessageLogContext&, const QString& message) {
+    if (type == QtCriticalMsg || type == QtFatalMsg)
+        std::cerr << message.toStdString() << "\n";
+}
+
+int usageError(const std::string& problem) {
+    std::cerr << "tessary-report: " << problem << "\n" << usage;
+    return usageStatus;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    enum { pairOption = 256, frameOption };
+    const option options[] = {{"output", required_argument, nullptr, 'o'},
+                              {"pair", required_argument, nullptr, pairOption},
+                              {"frame", required_argument, nullptr, frameOption},
+                              {"help", no_argument, nullptr, 'h'},
+                              {"version", no_argument, nullptr, 'V'},
+                              {nullptr, 0, nullptr, 0}};
+    std::string output;
+    std::optional<std::string> pairID;
+    std::optional<std::string> frameID;
+    opterr = 0;
+    for (int option; (option = getopt_long(argc, argv, ":o:hV", options, nullptr)) != -1;) {
+        switch (option) {
+        case 'o':
+            output = optarg;
+            break;
+        case pairOption:
+            pairID = optarg;
+            break;
+        case frameOption:
+            frameID = optarg;
+            break;
+        case 'h':
+            std::cout << usage << help;
+            return 0;
+        case 'V':
+            std::cout << "tessary-report " << tessary::version << "\n";
+            return 0;
+        case ':':
+            return usageError(std::string(argv[optind - 1]) + " needs a value.");
+        default:
+            return usageError(std::string(argv[optind - 1]) + " is not an option.");
+        }
+    }
+    if (argc - optind != 2)
+        return usageError("Name the session's MANIFEST and RESULTS.");
+    if (output.empty())
+        return usageError("Name the file to write with -o FILE.pdf.");
+    if (pairID && frameID)
+        return usageError("Choose a pair or a photo, not both.");
+
+    // Fonts and painting need a GUI application, never a display.
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    qInstallMessageHandler(qtErrorsOnly);
+    int qtArgc = 1;
+    QGuiApplication application(qtArgc, argv);
+    try {
+        const ReportSession session = ReportSession::read(argv[optind], argv[optind + 1]);
+        const std::size_t pages = writeCoachingReport(
+            session, reportSubjects(*session.document, pairID, frameID), output);
+        std::cout << "Wrote \u201c" << output << "\u201d: " << pages
+                  << (pages == 1 ? " page" : " pages") << " of review revision "
+                  << session.document->revision() << ".\n";
+        return 0;
+    } catch (const dravik::DravikError& error) {
+        std::cerr << error.what() << "\n";
+        return 1;
+    } catch (const std::exception& error) {
+        std::cerr << "The report could not be written: " << error.what() << "\n";
+        return 1;
+    }
+}
