@@ -41,7 +41,10 @@ CommitOutcome ReviewerModel::commit(const DocumentChange& change, std::optional<
     // What was previewed is committed now, or was replaced by this change.
     assign(interaction_.previewTarget, std::nullopt, interactionChange);
     assign(interaction_.leanPreviewTarget, std::nullopt, interactionChange);
-    return save() ? CommitOutcome::saved : CommitOutcome::unsaved;
+    if (save())
+        return CommitOutcome::saved;
+    assign(unsavedEdits_, unsavedEdits_ + 1, savedRevisionChange);
+    return CommitOutcome::unsaved;
 }
 
 } // namespace tessary

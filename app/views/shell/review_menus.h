@@ -7,9 +7,11 @@ class QMainWindow;
 
 namespace tessary {
 
+class DiskReviewCommands;
 class ReviewerModel;
 
-// The window's menu commands: opening, saving and undoing. There is deliberately no Redo.
+// The window's menu commands: opening, saving (and the ways out of a refused save) and undoing.
+// There is deliberately no Redo.
 class ReviewMenus : public QObject {
     Q_OBJECT
 
@@ -19,6 +21,10 @@ class ReviewMenus : public QObject {
     QAction* openSession() const { return open_; }
     QAction* saveReview() const { return save_; }
     QAction* undoReviewEdit() const { return undo_; }
+    QAction* saveReviewCopy() const { return saveCopy_; }
+    QAction* reloadReview() const { return reload_; }
+    QAction* mergeReview() const { return merge_; }
+    DiskReviewCommands* diskCommands() const { return disk_; }
 
   private:
     void refresh();
@@ -27,6 +33,10 @@ class ReviewMenus : public QObject {
     QAction* open_;
     QAction* save_;
     QAction* undo_;
+    QAction* saveCopy_;
+    QAction* reload_;
+    QAction* merge_;
+    DiskReviewCommands* disk_;
 };
 
 } // namespace tessary

@@ -8,6 +8,7 @@ class ReviewAlert;
 class ReviewerModel;
 class ReviewerView;
 class ReviewMenus;
+class QuitPrompt;
 
 // "Joint Review": the one window, with its menu commands and its alert.
 class ReviewWindow : public QMainWindow {
@@ -19,6 +20,7 @@ class ReviewWindow : public QMainWindow {
     ReviewerView* view() const { return view_; }
     ReviewMenus* menus() const { return menus_; }
     ReviewAlert* alert() const { return alert_; }
+    QuitPrompt* quitPrompt() const { return quitPrompt_; }
 
   signals:
     // Each time the window is shown by the program (not when the window system restores it).
@@ -26,11 +28,13 @@ class ReviewWindow : public QMainWindow {
 
   protected:
     void showEvent(QShowEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
 
   private:
     ReviewerView* view_;
     ReviewMenus* menus_;
     ReviewAlert* alert_;
+    QuitPrompt* quitPrompt_;
 };
 
 } // namespace tessary
