@@ -5,6 +5,7 @@
 
 #include <QAction>
 #include <QMainWindow>
+#include <QMenu>
 #include <QMenuBar>
 
 namespace tessary {
@@ -16,11 +17,7 @@ ReviewMenus::ReviewMenus(QMainWindow& window, ReviewerModel& model)
     open_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_O));
     save_ = file->addAction("Save Review");
     save_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_S));
-    file->addSeparator();
-    saveCopy_ = file->addAction("Save Review Copy…");
-    reload_ = file->addAction("Reload Review from Disk");
-    merge_ = file->addAction("Merge With Review on Disk");
-    disk_ = new DiskReviewCommands(window, model_);
+    addDiskReviewCommands(window, *file);
     QMenu* edit = window.menuBar()->addMenu("&Edit");
     undo_ = edit->addAction("Undo Review Edit");
     undo_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Z));
@@ -28,19 +25,30 @@ ReviewMenus::ReviewMenus(QMainWindow& window, ReviewerModel& model)
     connect(open_, &QAction::triggered, this, [this] { model_.openSession(); });
     connect(save_, &QAction::triggered, this, [this] { model_.save(); });
     connect(undo_, &QAction::triggered, this, [this] { model_.undo(); });
-    connect(saveCopy_, &QAction::triggered, this, [this] { model_.saveCopy(); });
-    connect(reload_, &QAction::triggered, disk_, &DiskReviewCommands::reload);
-    connect(merge_, &QAction::triggered, disk_, &DiskReviewCommands::merge);
     connect(&model_, &ReviewerModel::undoStackChanged, this, &ReviewMenus::refresh);
-    connect(&model_, &ReviewerModel::snapshotChanged, this, &ReviewMenus::refresh);
     refresh();
 }
 
 void ReviewMenus::refresh() {
     undo_->setEnabled(!model_.undoStack().empty());
-    const bool open = model_.document() != nullptr;
-    for (QAction* action : {saveCopy_, reload_, merge_})
-        action->setEnabled(open);
+}
+
+void ReviewMenus::addDiskReviewCommands(QMainWindow& window, QMenu& file) {
+    file.addSeparator();
+    saveCopy_ = file.addAction("Save Review Copy…");
+    reload_ = file.addAction("Reload Review from Disk");
+    merge_ = file.addAction("Merge With Review on Disk");
+    disk_ = new DiskReviewCommands(window, model_);
+    connect(saveCopy_, &QAction::triggered, this, [this] { model_.saveCopy(); });
+    connect(reload_, &QAction::triggered, disk_, &DiskReviewCommands::reload);
+    connect(merge_, &QAction::triggered, disk_, &DiskReviewCommands::merge);
+    const auto refreshDiskCommands = [this] {
+        const bool open = model_.document() != nullptr;
+        for (QAction* action : {saveCopy_, reload_, merge_})
+            action->setEnabled(open);
+    };
+    connect(&model_, &ReviewerModel::snapshotChanged, this, refreshDiskCommands);
+    refreshDiskCommands();
 }
 
 } // namespace tessary

@@ -4,6 +4,7 @@
 
 class QAction;
 class QMainWindow;
+class QMenu;
 
 namespace tessary {
 
@@ -28,6 +29,8 @@ class ReviewMenus : public QObject {
 
   private:
     void refresh();
+    // The ways out of a refused save, enabled while a session is open.
+    void addDiskReviewCommands(QMainWindow& window, QMenu& file);
 
     ReviewerModel& model_;
     QAction* open_;
