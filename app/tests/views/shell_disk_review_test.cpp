@@ -170,8 +170,9 @@ TEST_F(DiskReviewTest, AMergeKeepsBothWritersWorkAndNeverOverwritesAThirdWriter)
     // A third writer saves while the dialog is open: merging now is refused, and it stays theirs.
     saveElsewhere(session.review(), sam3, {{"nose", 50, 50}});
     const std::string third = readText(session.review());
-    QTest::mouseClick(dialog->mergeButton(), Qt::LeftButton);
+    QTest::keyClick(dialog, Qt::Key_Return); // "Merge and Save" is what Enter means
     QApplication::processEvents();
+    EXPECT_EQ(window.menus()->diskCommands()->mergeDialog(), nullptr);
     EXPECT_EQ(readText(session.review()), third);
     EXPECT_EQ(model.snapshot()->documentPointer, mine);
     EXPECT_EQ(model.message(), refusedMessage);

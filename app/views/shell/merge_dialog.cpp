@@ -48,6 +48,9 @@ MergeDialog::MergeDialog(PendingMerge pending, QWidget* parent)
 
     auto* allMine = new QPushButton("Keep All from This Window", this);
     auto* allTheirs = new QPushButton("Keep All on Disk", this);
+    // Enter means "Merge and Save" wherever the focus is, never a bulk choice.
+    allMine->setAutoDefault(false);
+    allTheirs->setAutoDefault(false);
     auto* everyRow = new QHBoxLayout;
     everyRow->addWidget(allMine);
     everyRow->addWidget(allTheirs);
@@ -87,6 +90,7 @@ MergeDialog::MergeDialog(PendingMerge pending, QWidget* parent)
     merge_ = buttons->addButton("Merge and Save", QDialogButtonBox::AcceptRole);
     buttons->addButton("Cancel", QDialogButtonBox::RejectRole);
     merge_->setDefault(true);
+    merge_->setFocus();
     layout->addWidget(buttons);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
