@@ -9,6 +9,7 @@
 #include "dravik/review.h"
 #include "dravik/uuid.h"
 #include "editing/commit.h"
+#include "editing/review_on_disk.h"
 #include "environment/bundle.h"
 #include "environment/file_chooser.h"
 #include "exporting/report_source.h"
@@ -76,6 +77,9 @@ class ReviewerModel : public QObject {
         return interaction_.highlightedJoints;
     }
     std::optional<std::int64_t> savedRevision() const { return savedRevision_; }
+    // Changes committed since the review file last took this window's document: what quitting or
+    // reloading would throw away.
+    int unsavedEdits() const { return unsavedEdits_; }
     const std::map<std::string, Presentation>& presentation() const { return view_.presentation; }
     const std::optional<std::string>& activeFrameID() const { return view_.activeFrameID; }
     const std::string& selected() const { return view_.selected; }
@@ -172,6 +176,14 @@ class ReviewerModel : public QObject {
     void undo();
     bool save();
 
+    // Ways out of a save refused because the file changed elsewhere (editing/review_on_disk.cpp):
+    // the document to a file the reviewer chooses, the file's review instead of this window's,
+    // or both merged. Settling a merge's conflicts is the view's part.
+    void saveCopy();
+    void reloadFromDisk();
+    std::optional<PendingMerge> prepareMerge();
+    void applyMerge(const PendingMerge& pending);
+
     // Moving between photos and modes (editing/navigation.cpp).
     void selectFrame(std::int64_t index);
     void selectPair(const std::string& pairID);
@@ -239,7 +251,7 @@ class ReviewerModel : public QObject {
     void interactionChanged();
     void selectionChanged(); // selected, selectedLeanHandle
     void presentationChanged();
-    void savedRevisionChanged();
+    void savedRevisionChanged(); // savedRevision, unsavedEdits
     void messageChanged();
     void errorChanged();
     void undoStackChanged();
@@ -308,6 +320,12 @@ class ReviewerModel : public QObject {
                         const std::optional<std::string>& pairID) const;
     // A new snapshot of `document` for the current pair.
     void publish(std::shared_ptr<const dravik::ReviewDocument> document);
+    // Opens a session without saving the open one first (opening/session_opening.cpp).
+    void reopen(const std::filesystem::path& manifest, const std::filesystem::path& results);
+    // Writes `document` over the review file expected at `expected` (editing/saving.cpp). On
+    // success the file holds what this window holds; on failure `error` and `message` say why.
+    bool writeReview(std::shared_ptr<const dravik::ReviewDocument> document,
+                     std::optional<std::int64_t> expected);
     // The photos of these frames; a photo on screen whose file is unchanged is not decoded again.
     FramePhotos photosFor(const std::vector<std::string>& frameIDs) const;
     // Navigates to `frameID`, with its pair's photos in Compare mode and a snapshot of `document`.
@@ -329,6 +347,9 @@ class ReviewerModel : public QObject {
     std::optional<Snapshot> snapshot_;
     FramePhotos photos_;
     std::optional<std::int64_t> savedRevision_;
+    // What this window last read from or wrote to the review file: a merge's base.
+    std::shared_ptr<const dravik::ReviewDocument> savedDocument_;
+    int unsavedEdits_ = 0;
     std::string message_ = "Open a session to review its joints.";
     std::optional<std::string> error_;
     std::vector<ReviewUndo> undoStack_;

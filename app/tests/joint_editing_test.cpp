@@ -8,6 +8,9 @@ namespace {
 using dravik::JointReviewState;
 using dravik::Point2;
 
+const std::string refusedElsewhere = "Unsaved changes \u2014 save failed \u00b7 Review changed "
+                                     "elsewhere \u00b7 File \u25b8 Merge, Reload or Save Copy";
+
 } // namespace
 
 TEST_F(ModelTest, EditsStatesAndNudgesArePublishedRecordedAndSavedOnce) {
@@ -106,7 +109,7 @@ TEST_F(ModelTest, AFileChangedElsewhereIsNeverOverwrittenAndNothingIsLost) {
 
     model.setSelected("nose");
     model.edit(Point2{400, 400}, JointReviewState::corrected);
-    EXPECT_EQ(model.message(), "Unsaved changes \u2014 save failed");
+    EXPECT_EQ(model.message(), refusedElsewhere);
     EXPECT_TRUE(model.error());
     EXPECT_TRUE(model.isUnsaved());
     EXPECT_EQ(model.savedRevision(), 1);
@@ -122,7 +125,7 @@ TEST_F(ModelTest, AFileChangedElsewhereIsNeverOverwrittenAndNothingIsLost) {
     const SessionFiles other = bundledSession(temp.path() / "other");
     model.load(other.manifest, other.results);
     EXPECT_EQ(model.snapshot()->documentPointer, snapshotBefore);
-    EXPECT_EQ(model.message(), "Unsaved changes \u2014 save failed");
+    EXPECT_EQ(model.message(), refusedElsewhere);
 
     model.edit(Point2{410, 410}, JointReviewState::corrected);
     EXPECT_EQ(model.undoStack().size(), 3u);

@@ -107,7 +107,9 @@ const std::vector<Channel>& channels() {
              return seen.str();
          }},
         {"saved", &ReviewerModel::savedRevisionChanged,
-         [](const ReviewerModel& m) { return text(m.savedRevision()); }},
+         [](const ReviewerModel& m) {
+             return text(m.savedRevision()) + "/" + std::to_string(m.unsavedEdits());
+         }},
         {"message", &ReviewerModel::messageChanged,
          [](const ReviewerModel& m) { return m.message(); }},
         {"error", &ReviewerModel::errorChanged,
@@ -262,11 +264,27 @@ TEST_F(ModelTest, ListenersSeeEveryChangeOnceAndOnlyWhenItIsComplete) {
     });
     listener.step("discovery ends",
                   [&] { ASSERT_TRUE(waitUntil([&] { return !model.isDiscovering(); })); });
-    listener.step("reopen with companions", [&] {
-        const SessionFiles companions = bundledSession(temp.path() / "companions", true);
-        model.load(companions.manifest, companions.results);
-    });
+    const SessionFiles companions = bundledSession(temp.path() / "companions", true);
+    listener.step("reopen with companions",
+                  [&] { model.load(companions.manifest, companions.results); });
     listener.step("confirm", [&] { model.setState(JointReviewState::confirmedVisible); });
+    const auto saveElsewhere = [&](const std::string& joint) {
+        dravik::ReviewDocument theirs = companions.saved();
+        theirs.setJoint(0, joint, Point2{7, 7}, JointReviewState::corrected);
+        dravik::ReviewStore::save(theirs, companions.review(), theirs.revision() - 1);
+    };
+    listener.step("changed elsewhere", [&] { saveElsewhere("left_ear"); });
+    listener.step("refused edit", [&] { model.setState(JointReviewState::uncertain); });
+    chooser->answers = {temp.path() / "copy.json"};
+    listener.step("copy", [&] { model.saveCopy(); });
+    listener.step("merge", [&] {
+        auto pending = model.prepareMerge();
+        ASSERT_TRUE(pending);
+        model.applyMerge(*pending);
+    });
+    listener.step("changed elsewhere again", [&] { saveElsewhere("right_ear"); });
+    listener.step("refused again", [&] { model.setState(JointReviewState::obscured); });
+    listener.step("reload", [&] { model.reloadFromDisk(); });
     listener.step("reopen", [&] { model.load(other.manifest, other.results); });
     listener.expectEveryChannelExercised();
 }

@@ -53,14 +53,24 @@ struct ReviewStoreSaveTest : testing::Test {
             ::umount2(folder.path().c_str(), MNT_DETACH);
     }
 
-    // Saving must fail with exactly `sentence` and leave the folder as it was, byte for byte.
+    // Saving must fail with exactly `sentence` and leave the folder as it was, byte for byte. Only
+    // a file at another revision is "changed elsewhere": the window then offers a merge.
     void expectRefused(const ReviewDocument& doc, std::optional<std::int64_t> expected,
-                       const std::string& sentence) {
+                       const std::string& sentence, bool changedElsewhere) {
         const auto content = [&] { return fs::exists(file) ? readText(file) : "(no file)"; };
         const std::string before = content();
         const auto entriesBefore = entries(folder.path());
-        EXPECT_EQ(dravik::test::failureOf([&] { ReviewStore::save(doc, file, expected); }),
+        bool elsewhere = false;
+        EXPECT_EQ(dravik::test::failureOf([&] {
+                      try {
+                          ReviewStore::save(doc, file, expected);
+                      } catch (const ReviewChangedElsewhere&) {
+                          elsewhere = true;
+                          throw;
+                      }
+                  }),
                   sentence);
+        EXPECT_EQ(elsewhere, changedElsewhere);
         EXPECT_EQ(content(), before);
         EXPECT_EQ(entries(folder.path()), entriesBefore);
     }
@@ -72,7 +82,8 @@ TEST_F(ReviewStoreSaveTest, ExpectedRevisionDecidesWhetherToWrite) {
     EXPECT_EQ(ReviewStore::load(file), savedDocument(3));
     expectRefused(savedDocument(4), std::nullopt,
                   "The review “joint-review-0123456789ab.json” was created elsewhere (revision 3 "
-                  "on disk, none expected); nothing was saved.");
+                  "on disk, none expected); nothing was saved.",
+                  true);
 
     ReviewStore::save(savedDocument(4, 2), file, 3);
     EXPECT_EQ(ReviewStore::load(file), savedDocument(4, 2));
@@ -88,7 +99,8 @@ TEST_F(ReviewStoreSaveTest, UnreadableFileOrDocumentIsNeverOverwritten) {
     std::ofstream(file) << R"({"format": "dravik-review", "version": 99})";
     expectRefused(savedDocument(1), 0,
                   "The file “joint-review-0123456789ab.json” on disk is not a review that can be "
-                  "read here, so it was not overwritten; nothing was saved.");
+                  "read here, so it was not overwritten; nothing was saved.",
+                  false);
 
     fs::remove(file);
     ReviewStore::save(savedDocument(1), file, std::nullopt);
@@ -113,7 +125,8 @@ TEST_F(ReviewStoreSaveTest, SaveAfterAnotherProcessChangedTheFileIsRefused) {
     mine.setJoint(0, "left_knee", Point2{30, 40}, JointReviewState::corrected);
     expectRefused(mine, 1,
                   "The review “joint-review-0123456789ab.json” was changed elsewhere (revision 2 "
-                  "on disk, 1 expected); nothing was saved.");
+                  "on disk, 1 expected); nothing was saved.",
+                  true);
 }
 
 // Writers that start together from the same revision: the lock lets exactly one of them in.
@@ -154,7 +167,8 @@ TEST_F(ReviewStoreSaveTest, FullDiskKeepsThePreviousReview) {
     ReviewStore::save(savedDocument(1), file, std::nullopt);
     expectRefused(savedDocument(2, 40), 1, // about 150 KB on a 64 KB disk
                   "There is not enough disk space to save “joint-review-0123456789ab.json”; "
-                  "nothing on disk was changed.");
+                  "nothing on disk was changed.",
+                  false);
     // Once space is back the same save goes through.
     ReviewStore::save(savedDocument(2, 10), file, 1);
     EXPECT_EQ(ReviewStore::load(file), savedDocument(2, 10));
@@ -179,7 +193,8 @@ TEST_F(ReviewStoreSaveTest, ReadOnlyFolderIsASentenceAndChangesNothing) {
                   std::string("“joint-review-0123456789ab.json” cannot be saved because its folder "
                               "is ") +
                       (root ? "on a read-only disk" : "read-only or not writable for you") +
-                      "; nothing on disk was changed.");
+                      "; nothing on disk was changed.",
+                  false);
     if (!root)
         fs::permissions(folder.path(), fs::perms(0700)); // lets the folder be removed
 }

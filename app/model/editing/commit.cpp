@@ -44,6 +44,8 @@ CommitOutcome ReviewerModel::commit(const DocumentChange& change, std::optional<
     assign(interaction_.previewTarget, std::nullopt, interactionChange);
     assign(interaction_.leanPreviewTarget, std::nullopt, interactionChange);
     const bool saved = save();
+    if (!saved)
+        assign(unsavedEdits_, unsavedEdits_ + 1, savedRevisionChange);
     // Any change to the evidence or the checks takes an approval back; say so where it shows.
     const auto pairAfter = pair();
     if (wasApproved && !snapshot_->leanReport.approved && pairAfter && pairBefore &&

@@ -43,7 +43,11 @@ void ReviewerModel::load(const fs::path& manifest, const fs::path& results) {
     SignalHold hold(*this);
     if (isDetecting_ || !save())
         return;
+    reopen(manifest, results);
+}
 
+void ReviewerModel::reopen(const fs::path& manifest, const fs::path& results) {
+    SignalHold hold(*this);
     SessionRead read;
     FramePhotos photos;
     Snapshot snapshot;
@@ -60,6 +64,8 @@ void ReviewerModel::load(const fs::path& manifest, const fs::path& results) {
     const std::string opened = openingMessage(read);
     assign(savedRevision_, read.reopened ? std::optional(read.document->revision()) : std::nullopt,
            savedRevisionChange);
+    savedDocument_ = read.document;
+    assign(unsavedEdits_, 0, savedRevisionChange);
     cancelInteraction();
     assign(view_.compare, false, navigationChange);
     setImages(std::move(photos));

@@ -2,9 +2,11 @@
 
 #include "coaching_report.h"
 #include "reviewer_model.h"
+#include "shell/disk_review_commands.h"
 
 #include <QAction>
 #include <QMainWindow>
+#include <QMenu>
 #include <QMenuBar>
 
 namespace tessary {
@@ -16,6 +18,7 @@ ReviewMenus::ReviewMenus(QMainWindow& window, ReviewerModel& model)
     open_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_O));
     save_ = file->addAction("Save Review");
     save_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_S));
+    addDiskReviewCommands(window, *file);
     file->addSeparator();
     exportReport_ = file->addAction("Export Coaching Report…");
     exportCoco_ = file->addAction("Export Reviewed Joints (COCO)…");
@@ -49,6 +52,24 @@ void ReviewMenus::refresh() {
     undo_->setEnabled(!model_.undoStack().empty());
     exportReport_->setEnabled(model_.document() != nullptr);
     exportCoco_->setEnabled(model_.document() != nullptr);
+}
+
+void ReviewMenus::addDiskReviewCommands(QMainWindow& window, QMenu& file) {
+    file.addSeparator();
+    saveCopy_ = file.addAction("Save Review Copy…");
+    reload_ = file.addAction("Reload Review from Disk");
+    merge_ = file.addAction("Merge With Review on Disk");
+    disk_ = new DiskReviewCommands(window, model_);
+    connect(saveCopy_, &QAction::triggered, this, [this] { model_.saveCopy(); });
+    connect(reload_, &QAction::triggered, disk_, &DiskReviewCommands::reload);
+    connect(merge_, &QAction::triggered, disk_, &DiskReviewCommands::merge);
+    const auto refreshDiskCommands = [this] {
+        const bool open = model_.document() != nullptr;
+        for (QAction* action : {saveCopy_, reload_, merge_})
+            action->setEnabled(open);
+    };
+    connect(&model_, &ReviewerModel::snapshotChanged, this, refreshDiskCommands);
+    refreshDiskCommands();
 }
 
 } // namespace tessary

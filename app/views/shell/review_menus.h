@@ -4,13 +4,15 @@
 
 class QAction;
 class QMainWindow;
+class QMenu;
 
 namespace tessary {
 
+class DiskReviewCommands;
 class ReviewerModel;
 
-// The window's menu commands: opening, saving, exporting and undoing. There is deliberately no
-// Redo.
+// The window's menu commands: opening, saving (and the ways out of a refused save), exporting,
+// undoing and quitting. There is deliberately no Redo.
 class ReviewMenus : public QObject {
     Q_OBJECT
 
@@ -23,9 +25,15 @@ class ReviewMenus : public QObject {
     QAction* exportCocoKeypoints() const { return exportCoco_; }
     QAction* undoReviewEdit() const { return undo_; }
     QAction* quit() const { return quit_; }
+    QAction* saveReviewCopy() const { return saveCopy_; }
+    QAction* reloadReview() const { return reload_; }
+    QAction* mergeReview() const { return merge_; }
+    DiskReviewCommands* diskCommands() const { return disk_; }
 
   private:
     void refresh();
+    // The ways out of a refused save, enabled while a session is open.
+    void addDiskReviewCommands(QMainWindow& window, QMenu& file);
 
     ReviewerModel& model_;
     QAction* open_;
@@ -34,6 +42,10 @@ class ReviewMenus : public QObject {
     QAction* exportCoco_;
     QAction* undo_;
     QAction* quit_;
+    QAction* saveCopy_;
+    QAction* reload_;
+    QAction* merge_;
+    DiskReviewCommands* disk_;
 };
 
 } // namespace tessary

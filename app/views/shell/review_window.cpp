@@ -3,18 +3,21 @@
 #include "common/wheel_guard.h"
 #include "reviewer_model.h"
 #include "shell/help_menu.h"
+#include "shell/quit_prompt.h"
 #include "shell/review_alert.h"
 #include "shell/review_menus.h"
 #include "shell/reviewer_view.h"
 #include "shell/view_menu.h"
 
+#include <QCloseEvent>
 #include <QShowEvent>
 
 namespace tessary {
 
 ReviewWindow::ReviewWindow(ReviewerModel& model, QWidget* parent)
     : QMainWindow(parent), model_(model), view_(new ReviewerView(model, this)),
-      menus_(new ReviewMenus(*this, model)), alert_(new ReviewAlert(*this, model)) {
+      menus_(new ReviewMenus(*this, model)), alert_(new ReviewAlert(*this, model)),
+      quitPrompt_(new QuitPrompt(*this, model)) {
     addViewMenu(*this, *view_, model);
     addHelpMenu(*this);
     new WheelGuard(*this);
@@ -34,6 +37,14 @@ void ReviewWindow::showEvent(QShowEvent* event) {
     QMainWindow::showEvent(event);
     if (!event->spontaneous())
         emit appeared();
+}
+
+// Closing the window is quitting.
+void ReviewWindow::closeEvent(QCloseEvent* event) {
+    if (quitPrompt_->allowsClose())
+        QMainWindow::closeEvent(event);
+    else
+        event->ignore();
 }
 
 } // namespace tessary

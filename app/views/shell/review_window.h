@@ -8,6 +8,7 @@ class ReviewAlert;
 class ReviewerModel;
 class ReviewerView;
 class ReviewMenus;
+class QuitPrompt;
 
 // "Joint Review", with the open session's title: the one window, with its menus and its alert.
 class ReviewWindow : public QMainWindow {
@@ -19,6 +20,7 @@ class ReviewWindow : public QMainWindow {
     ReviewerView* view() const { return view_; }
     ReviewMenus* menus() const { return menus_; }
     ReviewAlert* alert() const { return alert_; }
+    QuitPrompt* quitPrompt() const { return quitPrompt_; }
 
   signals:
     // Each time the window is shown by the program (not when the window system restores it).
@@ -26,6 +28,7 @@ class ReviewWindow : public QMainWindow {
 
   protected:
     void showEvent(QShowEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
 
   private:
     void refreshTitle();
@@ -34,6 +37,7 @@ class ReviewWindow : public QMainWindow {
     ReviewerView* view_;
     ReviewMenus* menus_;
     ReviewAlert* alert_;
+    QuitPrompt* quitPrompt_;
 };
 
 } // namespace tessary

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "dravik/error.h"
 #include "dravik/manifest.h"
 #include "dravik/review.h"
 
@@ -10,6 +11,14 @@
 #include <string_view>
 
 namespace dravik {
+
+// A save refused because the file is not at the expected revision: another writer has saved
+// since. Callers that can offer a way out (reload, merge, a copy) tell it apart; to everyone else
+// it is a DravikError like any other.
+class ReviewChangedElsewhere : public DravikError {
+  public:
+    using DravikError::DravikError;
+};
 
 namespace ReviewStore {
 // An unreviewed document (revision 0, no edits) from a session manifest and its results file.
@@ -27,7 +36,8 @@ void validate(const ReviewDocument& saved, const ReviewDocument& raw,
 ReviewDocument adopt(ReviewDocument saved, const ReviewDocument& raw,
                      const std::filesystem::path& savedFile = {});
 // Writes atomically and durably. Refuses, writing nothing, when the file on disk is not at
-// `expectedRevision` (a file that exists while none was expected counts as changed elsewhere).
+// `expectedRevision` (a file that exists while none was expected counts as changed elsewhere):
+// that refusal is a ReviewChangedElsewhere.
 void save(const ReviewDocument& document, const std::filesystem::path& file,
           std::optional<std::int64_t> expectedRevision);
 // Resolves a manifest's photo path; refuses absolute paths and anything leading out of its folder.

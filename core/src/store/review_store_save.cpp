@@ -93,12 +93,14 @@ void ReviewStore::save(const ReviewDocument& document, const std::filesystem::pa
     if (!onDisk)
         onDisk = revisionOnDisk(file);
     if (onDisk && !expectedRevision)
-        throw DravikError("The review " + quotedName(file) + " was created elsewhere (revision " +
-                          std::to_string(*onDisk) + " on disk, none expected); nothing was saved.");
+        throw ReviewChangedElsewhere("The review " + quotedName(file) +
+                                     " was created elsewhere (revision " + std::to_string(*onDisk) +
+                                     " on disk, none expected); nothing was saved.");
     if (onDisk && *onDisk != *expectedRevision)
-        throw DravikError("The review " + quotedName(file) + " was changed elsewhere (revision " +
-                          std::to_string(*onDisk) + " on disk, " +
-                          std::to_string(*expectedRevision) + " expected); nothing was saved.");
+        throw ReviewChangedElsewhere("The review " + quotedName(file) +
+                                     " was changed elsewhere (revision " + std::to_string(*onDisk) +
+                                     " on disk, " + std::to_string(*expectedRevision) +
+                                     " expected); nothing was saved.");
     writeFileAtomically(file, bytes);
     rememberWritten(file, document.revision());
 }
