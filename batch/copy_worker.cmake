@@ -59,7 +59,9 @@ if(IS_DIRECTORY "${WORKER_SOURCE}/node_modules")
 else()
     message(WARNING "The pose worker's Node packages are missing: run `npm ci` in ${WORKER_SOURCE}.")
 endif()
-file(GLOB models "${MODEL_SOURCE}/movenet-*" "${MODEL_SOURCE}/LICENSE*")
+# Exactly the models the worker loads, and their licences.
+file(GLOB models "${MODEL_SOURCE}/movenet-thunder.*" "${MODEL_SOURCE}/movenet-multipose.*"
+     "${MODEL_SOURCE}/nanodet.*" "${MODEL_SOURCE}/LICENSE*")
 if(models)
     file(COPY ${models} DESTINATION "${MODEL_DESTINATION}")
 else()

@@ -28,7 +28,7 @@ install_missing() {
     DEBIAN_FRONTEND=noninteractive "${sudo[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"
 }
 
-# The pose worker's Node packages, at the exact versions of its lock file, and the MoveNet models.
+# The pose worker's Node packages, at the exact versions of its lock file, and its models.
 # Nothing is downloaded when the program runs.
 install_worker() {
     local worker=batch/worker

@@ -40,6 +40,8 @@ struct LeanScene {
     bool placing = false; // a line is being placed on this photo
     std::optional<dravik::Point2> placementStart;
     bool previewing = false; // a handle is being dragged
+    // Where the pointer is while a line is being placed: the line follows it from its start.
+    std::optional<dravik::Point2> pointer;
 };
 
 inline QPointF viewPoint(const dravik::Point2& source, const dravik::PixelRect& panel,
@@ -54,10 +56,17 @@ QFont tagFont(int pixels, bool bold);
 void drawTag(QPainter& painter, const QPointF& anchor, const QString& text, const QColor& colour,
              const QFont& font);
 
-// Raw comparison points, bones, joint markers and their numbers, and while a joint is previewed
-// a notice that the drag is not saved yet.
+// Raw comparison points, bones, joint markers and their numbers. A number is left out where it
+// would overlap a marker already numbered, the selected joint's first.
 void drawSkeleton(QPainter& painter, const dravik::ReviewFrame& frame, const SkeletonScene& scene,
                   double scale);
+
+// The notice that a dragged joint is not saved yet, beside it; drawn over everything else.
+void drawPreviewNotice(QPainter& painter, const dravik::ReviewFrame& frame,
+                       const JointPreview& preview, double scale);
+
+// A short note at the top left of `shown`, for a state of the canvas the photo cannot show.
+void drawCanvasNote(QPainter& painter, const QRectF& shown, const QString& text);
 
 // The wheel axis and reference lines with their handles, labels and the angle between them.
 void drawLean(QPainter& painter, const dravik::PixelRect& panel, const LeanScene& scene,

@@ -25,7 +25,10 @@ JointCanvasView::JointCanvasView(ReviewerModel& model, std::string frameID, drav
                                  QWidget* parent)
     : QWidget(parent), model_(&model), frameID_(std::move(frameID)),
       generation_(std::move(generation)), photo_([this] { update(); }) {
-    setFocusPolicy(Qt::ClickFocus);
+    // Reachable with Tab, so the arrow keys nudge without a click first.
+    setFocusPolicy(Qt::StrongFocus);
+    // The line being placed follows the pointer between its two clicks.
+    setMouseTracking(true);
     // Every pixel is painted from the photo, so Qt need not clear the background first.
     setAttribute(Qt::WA_OpaquePaintEvent);
 }
@@ -61,14 +64,14 @@ void JointCanvasView::paintEvent(QPaintEvent* event) {
         return;
     painter.setClipRect(exposed);
     const dravik::ReviewFrame* frame = model_ ? model_->frame(frameID_) : nullptr;
-    auto shown = frame ? model_->images().find(frameID_) : decltype(model_->images().end()){};
-    if (!frame || shown == model_->images().end() || shown->second.image.isNull()) {
+    auto held = frame ? model_->images().find(frameID_) : decltype(model_->images().end()){};
+    if (!frame || held == model_->images().end() || held->second.image.isNull()) {
         painter.fillRect(exposed, palette().color(QPalette::Window));
         return;
     }
 
     // The picture shows what it covers, the panel grown to its decode's grid.
-    const FramePhoto& photo = shown->second;
+    const FramePhoto& photo = held->second;
     const qreal ratio = devicePixelRatioF();
     const QRectF target((photo.covers.x - frame->panel.x) * scale_,
                         (photo.covers.y - frame->panel.y) * scale_, photo.covers.width * scale_,
@@ -83,15 +86,30 @@ void JointCanvasView::paintEvent(QPaintEvent* event) {
     model_->requestPhotoDetail(frameID_, scale_ * ratio);
 
     painter.setRenderHint(QPainter::Antialiasing);
+    std::optional<JointPreview> preview;
+    if (const auto* drag = std::get_if<JointDrag>(&gesture_); drag && drag->dragged)
+        preview = JointPreview{drag->target.joint, *drag->dragged};
     if (model_->showMarkers()) {
         const Presentation settings = model_->settings(frameID_);
-        SkeletonScene skeleton{settings.kind, settings.showRaw, model_->selected(),
-                               model_->highlightedJoints(), std::nullopt};
-        if (const auto* drag = std::get_if<JointDrag>(&gesture_); drag && drag->dragged)
-            skeleton.preview = JointPreview{drag->target.joint, *drag->dragged};
-        drawSkeleton(painter, *frame, skeleton, scale_);
+        drawSkeleton(painter, *frame,
+                     {settings.kind, settings.showRaw, model_->selected(),
+                      model_->highlightedJoints(), preview},
+                     scale_);
     }
     drawLean(painter, frame->panel, leanScene(), scale_);
+
+    const QRectF shown = visibleRegion().boundingRect();
+    if (preview)
+        drawPreviewNotice(painter, *frame, *preview, scale_);
+    else if (!model_->showMarkers())
+        // Kept off on purpose (lean review hides them): say so, or it looks like no detection.
+        drawCanvasNote(painter, shown, QStringLiteral("Joint markers hidden"));
+    if (hasFocus()) {
+        painter.setRenderHint(QPainter::Antialiasing, false);
+        painter.setPen(QPen(palette().color(QPalette::Highlight), 2));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRect(shown.adjusted(1, 1, -1, -1));
+    }
 }
 
 LeanScene JointCanvasView::leanScene() const {
@@ -101,6 +119,8 @@ LeanScene JointCanvasView::leanScene() const {
     scene.placementStart = model_->leanPlacementStart();
     if (active)
         scene.selectedHandle = model_->selectedLeanHandle();
+    if (scene.placing)
+        scene.pointer = pointer_;
     scene.previewing =
         model_->leanPreviewTarget() && model_->leanPreviewTarget()->frameID == frameID_;
     if (const auto* drag = std::get_if<LeanDrag>(&gesture_)) {
@@ -207,9 +227,16 @@ JointCanvasView::grabJoint(const dravik::Point2& view, const dravik::ReviewFrame
 }
 
 void JointCanvasView::mouseMoveEvent(QMouseEvent* event) {
-    if (!model_ || !(event->buttons() & Qt::LeftButton))
+    if (!model_)
         return;
     const dravik::ReviewFrame* frame = model_->frame(frameID_);
+    if (!(event->buttons() & Qt::LeftButton)) {
+        if (frame && model_->leanPlacementStart() && model_->activeFrameID() == frameID_) {
+            pointer_ = sourcePoint(event->position(), *frame);
+            update();
+        }
+        return;
+    }
     if (auto* drag = std::get_if<LeanDrag>(&gesture_)) {
         if (!frame || !model_->validLean(drag->target)) {
             cancelGesture();
@@ -239,6 +266,22 @@ void JointCanvasView::mouseReleaseEvent(QMouseEvent* event) {
         return;
     tracking_ = false;
     emit trackingEnded();
+}
+
+void JointCanvasView::focusInEvent(QFocusEvent* event) {
+    QWidget::focusInEvent(event);
+    update();
+}
+
+void JointCanvasView::focusOutEvent(QFocusEvent* event) {
+    QWidget::focusOutEvent(event);
+    update();
+}
+
+void JointCanvasView::leaveEvent(QEvent* event) {
+    QWidget::leaveEvent(event);
+    if (std::exchange(pointer_, std::nullopt))
+        update();
 }
 
 void JointCanvasView::hideEvent(QHideEvent* event) {

@@ -59,6 +59,9 @@ class JointCanvasView : public QWidget {
     void mouseReleaseEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void hideEvent(QHideEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
+    void leaveEvent(QEvent* event) override;
 
   private:
     // What the button held down since the last press is doing; decided once, at the press.
@@ -104,6 +107,7 @@ class JointCanvasView : public QWidget {
     ScaledPhoto photo_;
     PaintedPhoto painted_;
     Gesture gesture_;
+    std::optional<dravik::Point2> pointer_; // in source pixels, while the mouse is over the photo
 };
 
 } // namespace tessary

@@ -127,6 +127,13 @@ void drawLean(QPainter& painter, const dravik::PixelRect& panel, const LeanScene
         return;
 
     if (scene.placing && scene.placementStart) {
+        if (scene.pointer) {
+            // The line to be placed follows the pointer until the second click.
+            QPen band(palette::yellow, 1.5, Qt::DashLine, Qt::RoundCap);
+            painter.setPen(band);
+            painter.drawLine(viewPoint(*scene.placementStart, panel, scale),
+                             viewPoint(*scene.pointer, panel, scale));
+        }
         painter.setPen(Qt::NoPen);
         painter.setBrush(palette::yellow);
         painter.drawEllipse(viewPoint(*scene.placementStart, panel, scale), placementDot / 2,

@@ -3,9 +3,14 @@
 #include "joint_canvas_view.h"
 #include "reviewer_model.h"
 
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QNativeGestureEvent>
 #include <QPaintEvent>
 #include <QPainter>
 #include <QScrollBar>
+#include <QWheelEvent>
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -48,6 +53,8 @@ PhotoScrollView::PhotoScrollView(ReviewerModel& model, std::string frameID, QWid
 }
 
 void PhotoScrollView::setCanvas(JointCanvasView* canvas) {
+    if (canvas_ != canvas && canvas)
+        canvas->installEventFilter(this);
     canvas_ = canvas;
     if (!canvas_)
         return;
@@ -158,6 +165,102 @@ void PhotoScrollView::scrollContentsBy(int, int) {
     // Lean labels are kept inside the visible part, so moving it moves them: repaint, not blit.
     canvas_->update();
     rememberCenter();
+}
+
+void PhotoScrollView::zoomAround(QPointF at, double zoom) {
+    const dravik::ReviewFrame* frame = model_ ? model_->frame(frameID_) : nullptr;
+    if (!frame || !canvas_ || !geometry_)
+        return;
+    zoom = std::clamp(zoom, PhotoViewport::minimumZoom, PhotoViewport::maximumZoom);
+    if (std::abs(zoom - currentZoom_) < 1e-9)
+        return;
+    const QPointF scrolled(horizontalScrollBar()->value(), verticalScrollBar()->value());
+    const QPointF inCanvas = at + scrolled - QPointF(canvas_->pos());
+    const dravik::Point2 under = dravik::ReviewCoordinates::source({inCanvas.x(), inCanvas.y()},
+                                                                   frame->panel, canvas_->scale());
+    // The scale follows the zoom, so the new centre is known before the layout.
+    const double scale = canvas_->scale() * zoom / currentZoom_;
+    const QPointF toMiddle = QPointF(viewport()->width(), viewport()->height()) / 2.0 - at;
+    model_->setViewportCenter(frameID_,
+                              {under.x + toMiddle.x() / scale, under.y + toMiddle.y() / scale});
+    Presentation settings = model_->settings(frameID_);
+    settings.zoom = zoom;
+    settings.autoFrame = false;
+    model_->setSettings(frameID_, settings);
+}
+
+void PhotoScrollView::wheelEvent(QWheelEvent* event) {
+    if (!(event->modifiers() & Qt::ControlModifier)) {
+        QAbstractScrollArea::wheelEvent(event);
+        return;
+    }
+    const double notches = event->angleDelta().y() / 120.0;
+    if (notches != 0)
+        zoomAround(event->position(), currentZoom_ * std::pow(zoomStep, notches));
+    event->accept();
+}
+
+bool PhotoScrollView::viewportEvent(QEvent* event) {
+    if (event->type() == QEvent::NativeGesture) {
+        const auto* gesture = static_cast<QNativeGestureEvent*>(event);
+        if (gesture->gestureType() == Qt::ZoomNativeGesture) {
+            zoomAround(viewport()->mapFromGlobal(gesture->globalPosition()),
+                       currentZoom_ * (1.0 + gesture->value()));
+            return true;
+        }
+    }
+    return QAbstractScrollArea::viewportEvent(event);
+}
+
+bool PhotoScrollView::eventFilter(QObject* watched, QEvent* event) {
+    if (watched != canvas_)
+        return QAbstractScrollArea::eventFilter(watched, event);
+    switch (event->type()) {
+    case QEvent::KeyPress:
+    case QEvent::KeyRelease: {
+        const auto* key = static_cast<QKeyEvent*>(event);
+        if (key->key() != Qt::Key_Space || key->isAutoRepeat())
+            break;
+        spaceHeld_ = event->type() == QEvent::KeyPress;
+        canvas_->setCursor(spaceHeld_ ? Qt::OpenHandCursor : Qt::ArrowCursor);
+        return true;
+    }
+    case QEvent::MouseButtonPress: {
+        const auto* mouse = static_cast<QMouseEvent*>(event);
+        if (mouse->button() == Qt::MiddleButton ||
+            (mouse->button() == Qt::LeftButton && spaceHeld_)) {
+            panFrom_ = mouse->globalPosition();
+            canvas_->setCursor(Qt::ClosedHandCursor);
+            return true;
+        }
+        break;
+    }
+    case QEvent::MouseMove:
+        if (panFrom_) {
+            const QPointF at = static_cast<QMouseEvent*>(event)->globalPosition();
+            const QPointF moved = at - *panFrom_;
+            panFrom_ = at;
+            horizontalScrollBar()->setValue(horizontalScrollBar()->value() -
+                                            static_cast<int>(std::lround(moved.x())));
+            verticalScrollBar()->setValue(verticalScrollBar()->value() -
+                                          static_cast<int>(std::lround(moved.y())));
+            return true;
+        }
+        break;
+    case QEvent::MouseButtonRelease:
+        if (panFrom_) {
+            panFrom_.reset();
+            canvas_->setCursor(spaceHeld_ ? Qt::OpenHandCursor : Qt::ArrowCursor);
+            return true;
+        }
+        break;
+    case QEvent::FocusOut:
+        spaceHeld_ = false;
+        break;
+    default:
+        break;
+    }
+    return QAbstractScrollArea::eventFilter(watched, event);
 }
 
 void PhotoScrollView::rememberCenter() {

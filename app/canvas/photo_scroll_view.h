@@ -59,11 +59,20 @@ class PhotoScrollView : public QAbstractScrollArea {
     const std::optional<PhotoViewport>& geometry() const { return geometry_; }
     double currentZoom() const { return currentZoom_; }
     std::function<void(double)> onZoom;
+    // Zooms to `zoom` (kept within 1–4×) so that the photo point under `at` (viewport points)
+    // stays under it, as the photo tools do for Ctrl + wheel.
+    void zoomAround(QPointF at, double zoom);
+
+    // One notch of Ctrl + wheel, and the keyboard's zoom steps, multiply the zoom by this.
+    static constexpr double zoomStep = 1.25;
 
   protected:
     void resizeEvent(QResizeEvent* event) override;
     void showEvent(QShowEvent* event) override;
     void scrollContentsBy(int dx, int dy) override;
+    void wheelEvent(QWheelEvent* event) override;
+    bool viewportEvent(QEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
     std::optional<Configuration> configuration() const;
@@ -78,6 +87,10 @@ class PhotoScrollView : public QAbstractScrollArea {
     std::optional<Configuration> applied_;
     std::optional<PhotoViewport> geometry_;
     bool applying_ = false;
+    // Panning: with the middle button, or the left one while Space is held, the photo follows
+    // the mouse instead of being edited.
+    bool spaceHeld_ = false;
+    std::optional<QPointF> panFrom_; // global position of the last pan step
     bool resizedWhileApplying_ = false;
     double currentZoom_ = 1.0;
 };

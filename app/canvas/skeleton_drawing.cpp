@@ -5,7 +5,10 @@
 #include <QFontDatabase>
 #include <QPainter>
 #include <QStaticText>
+#include <algorithm>
+#include <cmath>
 #include <map>
+#include <vector>
 
 namespace tessary {
 
@@ -18,6 +21,8 @@ constexpr double boneWidth = 1.5;
 constexpr double boneAlpha = 0.6;
 constexpr double markerFillAlpha = 0.85;
 constexpr double rawAlpha = 0.75;
+// Two numbers closer than this, across or down, would overlap.
+constexpr double labelClearance = 12.0;
 
 QFont labelFont() {
     // A fixed-pitch face keeps every digit the same width, so numbers sit centred alike.
@@ -93,7 +98,7 @@ void drawSkeleton(QPainter& painter, const dravik::ReviewFrame& frame, const Ske
     }
 
     const std::set<std::string>& highlighted = scene.highlighted;
-    painter.setFont(labelFont());
+    std::vector<std::pair<std::size_t, QPointF>> markers;
     for (std::size_t id = 0; id < names.size(); ++id) {
         const std::string& joint = names[id];
         auto point = shown.find(joint);
@@ -105,17 +110,40 @@ void drawSkeleton(QPainter& painter, const dravik::ReviewFrame& frame, const Ske
         painter.setPen(QPen(outlineFor(frame, joint, selected), selected ? 2.5 : 1.5));
         painter.setBrush(palette::withAlpha(palette::black, markerFillAlpha));
         painter.drawEllipse(centre, diameter / 2, diameter / 2);
-
-        const QStaticText& number = label(id);
-        painter.setPen(palette::white);
-        painter.drawStaticText(
-            centre - QPointF(number.size().width() / 2, number.size().height() / 2), number);
+        markers.emplace_back(id, centre);
     }
     painter.setBrush(Qt::NoBrush);
+
+    // Numbers that would sit on each other are unreadable: only the first of a crowd is written.
+    std::stable_partition(markers.begin(), markers.end(), [&](const auto& marker) {
+        return names[marker.first] == scene.selected;
+    });
+    std::vector<QPointF> numbered;
+    painter.setPen(palette::white);
+    for (const auto& [id, centre] : markers) {
+        const bool crowded =
+            std::any_of(numbered.begin(), numbered.end(), [&](const QPointF& other) {
+                return std::abs(other.x() - centre.x()) < labelClearance &&
+                       std::abs(other.y() - centre.y()) < labelClearance;
+            });
+        if (crowded)
+            continue;
+        const QStaticText& number = label(id);
+        painter.drawStaticText(
+            centre - QPointF(number.size().width() / 2, number.size().height() / 2), number);
+        numbered.push_back(centre);
+    }
+}
+
+void drawPreviewNotice(QPainter& painter, const dravik::ReviewFrame& frame,
+                       const JointPreview& preview, double scale) {
     // Nothing is saved until the button comes up; the dragged joint says so.
-    if (preview)
-        drawTag(painter, viewPoint(preview->point, panel, scale) + QPointF(12, 8),
-                QStringLiteral("Preview · release to save"), palette::white, tagFont(11, false));
+    drawTag(painter, viewPoint(preview.point, frame.panel, scale) + QPointF(12, 8),
+            QStringLiteral("Preview · release to save"), palette::white, tagFont(11, false));
+}
+
+void drawCanvasNote(QPainter& painter, const QRectF& shown, const QString& text) {
+    drawTag(painter, shown.topLeft() + QPointF(8, 8), text, palette::white, tagFont(11, false));
 }
 
 } // namespace tessary

@@ -144,6 +144,18 @@ TEST_F(ModelTest, AFailedOpenLeavesTheOpenSessionUntouched) {
         dravik::ReviewStore::save(dravik::ReviewDocument(broken.raw().identity(), frames, 4),
                                   broken.review(), std::nullopt);
     });
+    // A review of other detections under this session's review name: the sentence names the file
+    // that was read, not the one its content would be saved as.
+    const SessionFiles other = bundledSession(temp.path() / "other detections");
+    dravik::ResultsFile otherResults = dravik::ResultsFile::load(other.results);
+    otherResults.detectorVersion += "-b";
+    writeText(other.results, otherResults.encode());
+    const std::string expectedName = bundledSession(temp.path() / "name").review().filename();
+    expectRefused("review of other detections",
+                  "“" + expectedName + "” belongs to other detection results than this session’s.",
+                  [&](const SessionFiles& broken) {
+                      dravik::ReviewStore::save(other.raw(), broken.review(), std::nullopt);
+                  });
     expectRefused("no photos", "No frames to review.", [](const SessionFiles& broken) {
         writeText(broken.manifest, dravik::SessionManifest{"Nothing", {}}.encode());
         writeText(broken.results, dravik::ResultsFile{"detector", "1", {}}.encode());

@@ -77,18 +77,27 @@ TEST_F(RetryTest, AnswersAreMergedSavedAndShownWithoutTouchingCorrections) {
     EXPECT_EQ(request.source, dravik::ReviewStore::assetURL(frame.file, session.manifest).string());
     EXPECT_EQ(request.sourceHash, frame.sourceHash);
     EXPECT_EQ(request.crop, frame.crop);
+    EXPECT_FALSE(request.wheel) << "no wheel axis was drawn";
     EXPECT_EQ(frameOf(alex3).retries[1], dravik::DetectionRetry::load(folder / "result.json"));
     EXPECT_TRUE(contains(folder / "process.log", "fake dravik-batch redetect"));
     EXPECT_EQ(readText(args), "redetect\t" + (folder / "request.json").string() + "\t" +
                                   (folder / "result.json").string() + "\n");
 
-    retry(true); // the full panel this time
+    // The full panel this time, with a wheel axis drawn: it tells the detector the rider's lean.
+    const dravik::LeanLine wheel{{600, 700}, {640, 400}, 3};
+    model.setLeanMode(true);
+    model.commitLean(dravik::LeanAnnotation(frameOf(alex3), wheel), model.leanTarget(alex3));
+    retry(true);
     folders = retryFolders(session);
     ASSERT_EQ(folders.size(), 3u);
     bool panelAsked = false;
-    for (const fs::path& each : folders)
-        panelAsked =
-            panelAsked || dravik::RetryRequest::load(each / "request.json").crop == frame.panel;
+    for (const fs::path& each : folders) {
+        const dravik::RetryRequest asked = dravik::RetryRequest::load(each / "request.json");
+        if (asked.crop != frame.panel)
+            continue;
+        panelAsked = true;
+        EXPECT_EQ(asked.wheel, (dravik::WheelAxis{wheel.a, wheel.b}));
+    }
     EXPECT_TRUE(panelAsked);
 }
 

@@ -3,10 +3,13 @@
 #include "dravik/detection.h"
 #include "dravik/discovery.h"
 #include "dravik/error.h"
+#include "dravik/lean_analysis.h"
 #include "dravik/manifest.h"
 #include "dravik/store.h"
 #include "photo_check.h"
-#include "pose_detector.h"
+#include "rect_math.h"
+#include "rider_detector.h"
+#include "upright.h"
 
 #include <algorithm>
 #include <iostream>
@@ -16,7 +19,8 @@ namespace dravik::batch {
 namespace {
 
 constexpr const char* detectorName = "MoveNet SinglePose Thunder";
-constexpr const char* detectorVersion = "4 (TensorFlow.js 4.22, WebAssembly)";
+constexpr const char* detectorVersion =
+    "4, the rider found with NanoDet and MoveNet MultiPose (TensorFlow.js 4.22, WebAssembly)";
 
 // Discovery writes every photo as an unnamed rider cropped to its whole panel. Only then are the
 // crops ours to replace; a manifest anybody has named or cropped is left as it is.
@@ -32,12 +36,29 @@ bool writtenByDiscovery(const SessionManifest& manifest) {
     return any;
 }
 
-PixelRect within(const PixelRect& rect, const PixelRect& panel) {
-    double left = std::max(rect.x, panel.x);
-    double top = std::max(rect.y, panel.y);
-    double right = std::min(rect.maxX(), panel.maxX());
-    double bottom = std::min(rect.maxY(), panel.maxY());
-    return {left, top, std::max(0.0, right - left), std::max(0.0, bottom - top)};
+// The wheel axes proposed beside the manifest, each telling its rider's lean. A proposals file
+// that cannot be read only costs the hints.
+std::vector<LeanAnnotation> leanProposals(const std::filesystem::path& manifestFile) {
+    const std::filesystem::path file = manifestFile.parent_path() / "lean-proposals.json";
+    std::error_code error;
+    if (!std::filesystem::exists(file, error))
+        return {};
+    try {
+        return loadLeanProposals(file);
+    } catch (const DravikError& failure) {
+        std::cerr << failure.what() << " Riders are detected without its lean hints.\n";
+        return {};
+    }
+}
+
+std::optional<double> proposedLean(const std::vector<LeanAnnotation>& proposals,
+                                   const PairInput& pair, const RiderInput& rider) {
+    for (const LeanAnnotation& proposal : proposals)
+        if (proposal.frameID == pair.id + "/" + rider.id &&
+            proposal.sourceHash == rider.sourceHash && proposal.wheel &&
+            !proposal.wheelNotObservable)
+            return wheelLean({proposal.wheel->a, proposal.wheel->b});
+    return std::nullopt;
 }
 
 } // namespace
@@ -46,25 +67,27 @@ int feasibility(const std::filesystem::path& manifestFile, const std::filesystem
                 const WorkerSetup& setup) {
     SessionManifest manifest = SessionManifest::load(manifestFile);
     const bool mayCrop = writtenByDiscovery(manifest);
+    const std::vector<LeanAnnotation> proposals = leanProposals(manifestFile);
     bool cropped = false;
     bool attention = false;
     PoseWorker worker(setup);
-    PoseDetector detector(worker);
+    RiderDetector detector(worker);
     ResultsFile results{detectorName, detectorVersion, {}};
     for (PairInput& pair : manifest.pairs)
         for (RiderInput& rider : pair.riders) {
-            RiderResults found{pair.id, rider.id, rider.sourceHash, {}};
+            RiderResults entry{pair.id, rider.id, rider.sourceHash, {}};
             try {
                 auto file = ReviewStore::assetURL(rider.file, manifestFile);
                 ImageInput photo = loadCheckedPhoto(file, rider.sourceHash);
-                auto passes = detector.detectTwice(photo, rider.crop, photoLabel(file));
-                DravikResult best = passes.refined ? *passes.refined : passes.primary;
-                found.results.push_back(best);
+                Detection found = detector.detect(photo, rider.crop, photoLabel(file),
+                                                  proposedLean(proposals, pair, rider));
+                DravikResult best = found.refined ? *found.refined : found.primary;
+                entry.results.push_back(best);
                 if (!best.usable()) {
                     attention = true;
                     std::cerr << "No single rider was found in " << photoLabel(file) << ".\n";
-                } else if (mayCrop && passes.refinedCrop) {
-                    PixelRect crop = within(*passes.refinedCrop, rider.panel);
+                } else if (mayCrop && found.riderArea) {
+                    PixelRect crop = intersection(*found.riderArea, rider.panel);
                     if (crop.width > 0 && crop.height > 0 && crop != rider.crop) {
                         rider.crop = crop;
                         cropped = true;
@@ -76,7 +99,7 @@ int feasibility(const std::filesystem::path& manifestFile, const std::filesystem
                 attention = true;
                 std::cerr << error.what() << "\n";
             }
-            results.riders.push_back(std::move(found));
+            results.riders.push_back(std::move(entry));
         }
     writeFileAtomically(output, results.encode());
     if (cropped)

@@ -1,191 +1,93 @@
 #include "pose_worker.h"
 
-#include <cerrno>
-#include <csignal>
-#include <cstring>
-#include <fcntl.h>
-#include <filesystem>
-#include <poll.h>
-#include <spawn.h>
-#include <sstream>
-#include <sys/wait.h>
-#include <thread>
-#include <unistd.h>
-
-extern char** environ;
+#include <string>
 
 namespace dravik::batch {
 
 namespace {
 
-std::string curly(const std::string& text) {
-    return "\u201c" + text + "\u201d";
-}
+enum Model : std::uint32_t { poseModel = 1, peopleModel = 2, objectModel = 3 };
 
-void closeIfOpen(int& fd) {
-    if (fd >= 0)
-        ::close(fd);
-    fd = -1;
+// 17 rows of (y, x, score).
+SquarePose posed(const float* rows) {
+    SquarePose pose;
+    for (SquarePoint& point : pose) {
+        point = {rows[0], rows[1], rows[2]};
+        rows += 3;
+    }
+    return pose;
 }
 
 } // namespace
 
-PoseWorker::PoseWorker(const WorkerSetup& setup)
-    : name_(curly(setup.name)), timeout_(setup.timeout) {
-    std::vector<std::string> command = setup.command;
-    if (command.empty())
-        throw WorkerError("The pose worker " + name_ + " has no command to start.");
-    int in[2];
-    int out[2];
-    if (::pipe2(in, O_CLOEXEC) != 0)
-        throw WorkerError("The pose worker " + name_ + " could not be given a pipe.");
-    if (::pipe2(out, O_CLOEXEC) != 0) {
-        ::close(in[0]);
-        ::close(in[1]);
-        throw WorkerError("The pose worker " + name_ + " could not be given a pipe.");
-    }
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, in[0], STDIN_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, out[1], STDOUT_FILENO);
-    std::vector<char*> argv;
-    for (std::string& part : command)
-        argv.push_back(part.data());
-    argv.push_back(nullptr);
-    int error = ::posix_spawnp(&pid_, argv[0], &actions, nullptr, argv.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    ::close(in[0]);
-    ::close(out[1]);
-    toWorker_ = in[1];
-    fromWorker_ = out[0];
-    if (error != 0) {
-        pid_ = -1;
-        closeIfOpen(toWorker_);
-        closeIfOpen(fromWorker_);
-        throw WorkerError("The pose worker " + name_ + " could not be started with " +
-                          curly(command.front()) + " (" + std::strerror(error) + ").");
-    }
-    // Writes never block, so that a hung worker is noticed by the deadline.
-    ::fcntl(toWorker_, F_SETFL, ::fcntl(toWorker_, F_GETFL) | O_NONBLOCK);
-    deadline_ = std::chrono::steady_clock::now() + timeout_;
-    WorkerAnswer ready = readAnswer(0);
-    (void)ready;
-}
-
-PoseWorker::~PoseWorker() {
-    stop();
-}
-
-void PoseWorker::stop() {
-    if (pid_ < 0)
-        return;
-    closeIfOpen(toWorker_); // end of input asks the worker to leave
-    closeIfOpen(fromWorker_);
-    for (int i = 0; i < 20; ++i) {
-        if (::waitpid(pid_, nullptr, WNOHANG) == pid_) {
-            pid_ = -1;
-            return;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(25));
-    }
-    ::kill(pid_, SIGKILL);
-    ::waitpid(pid_, nullptr, 0);
-    pid_ = -1;
-}
+// The single-person model runs beside the two finders, so that it loads and warms up while they
+// search.
+PoseWorker::PoseWorker(const WorkerSetup& setup) : search_(setup, "search"), pose_(setup, "pose") {}
 
 void PoseWorker::failed(const std::string& what) {
-    stop();
-    throw WorkerError("The pose worker " + name_ + " " + what);
+    pose_.stop();
+    search_.failed(what);
 }
 
-void PoseWorker::timedOut() {
-    std::ostringstream text;
-    text << "did not answer within " << timeout_.count() / 1000.0 << " seconds.";
-    failed(text.str());
+SquarePose PoseWorker::pose(const std::vector<std::uint8_t>& rgb) {
+    const std::size_t joints = std::tuple_size_v<SquarePose>;
+    std::vector<float> values = pose_.run(poseModel, poseSide, rgb, 3, joints);
+    if (values.size() != joints * 3)
+        failed("answered with " + std::to_string(values.size() / 3) + " keypoints instead of " +
+               std::to_string(joints) + ".");
+    SquarePose pose = posed(values.data());
+    for (const SquarePoint& point : pose)
+        checkPoint(point);
+    return pose;
 }
 
-WorkerAnswer PoseWorker::detect(const std::vector<std::uint8_t>& rgb, bool countPeople) {
-    if (pid_ < 0)
-        throw WorkerError("The pose worker " + name_ + " is no longer running.");
-    std::uint32_t header[3] = {magic, countPeople ? 1u : 0u, std::uint32_t(side)};
-    deadline_ = std::chrono::steady_clock::now() + timeout_;
-    writeAll(header, sizeof header);
-    writeAll(rgb.data(), rgb.size());
-    return readAnswer(keypointCount);
-}
-
-WorkerAnswer PoseWorker::readAnswer(std::size_t expectedKeypoints) {
-    std::uint32_t head[2];
-    readExactly(head, sizeof head);
-    if (head[0] != magic)
-        failed("answered with something that is not a pose answer.");
-    if (head[1] != 0) {
-        std::uint32_t length = 0;
-        readExactly(&length, sizeof length);
-        if (length > 4096)
-            failed("reported a failure with an over-long message.");
-        std::string message(length, '\0');
-        readExactly(message.data(), length);
-        failed("failed: " + message);
+std::vector<SquarePerson> PoseWorker::people(const std::vector<std::uint8_t>& rgb) {
+    constexpr std::size_t columns = 56; // 17 keypoints, a box and a score
+    std::vector<float> values = search_.run(peopleModel, peopleSide, rgb, columns, 6);
+    std::vector<SquarePerson> found(values.size() / columns);
+    for (std::size_t i = 0; i < found.size(); ++i) {
+        const float* row = values.data() + i * columns;
+        found[i].keypoints = posed(row);
+        found[i].box = {row[51], row[52], row[53], row[54]};
+        found[i].score = row[55];
+        for (const SquarePoint& point : found[i].keypoints)
+            checkPoint(point);
+        checkBox(found[i].box);
+        checkPoint({0, 0, found[i].score});
     }
-    std::int32_t counts[2];
-    readExactly(counts, sizeof counts);
-    if (std::uint32_t(counts[1]) != expectedKeypoints)
-        failed("answered with " + std::to_string(std::uint32_t(counts[1])) +
-               " keypoints instead of " + std::to_string(expectedKeypoints) + ".");
-    WorkerAnswer answer;
-    answer.people = counts[0];
-    answer.keypoints.resize(expectedKeypoints);
-    static_assert(sizeof(WorkerAnswer::Keypoint) == 12);
-    readExactly(answer.keypoints.data(), expectedKeypoints * sizeof(WorkerAnswer::Keypoint));
-    for (const auto& k : answer.keypoints)
-        if (!(k.x >= -1 && k.x <= 2 && k.y >= -1 && k.y <= 2 && k.score >= 0 && k.score <= 1))
-            failed("answered with keypoints outside the picture it was given.");
-    return answer;
+    return found;
 }
 
-void PoseWorker::readExactly(void* buffer, std::size_t size) {
-    auto* bytes = static_cast<char*>(buffer);
-    while (size > 0) {
-        auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-            deadline_ - std::chrono::steady_clock::now());
-        if (left.count() <= 0)
-            timedOut();
-        pollfd fd{fromWorker_, POLLIN, 0};
-        int ready = ::poll(&fd, 1, int(left.count()));
-        if (ready < 0 && errno == EINTR)
-            continue;
-        if (ready == 0)
-            continue;
-        ssize_t got = ::read(fromWorker_, bytes, size);
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got <= 0)
-            failed("stopped unexpectedly.");
-        bytes += got;
-        size -= std::size_t(got);
+std::vector<SquareObject> PoseWorker::objects(const std::vector<std::uint8_t>& rgb) {
+    constexpr std::size_t columns = 6; // a box, a score and a class
+    // One row per cell of the detector's three grids and class asked for, at most.
+    constexpr std::size_t maxRows = (52 * 52 + 26 * 26 + 13 * 13) * 3;
+    std::vector<float> values = search_.run(objectModel, objectSide, rgb, columns, maxRows);
+    std::vector<SquareObject> found(values.size() / columns);
+    for (std::size_t i = 0; i < found.size(); ++i) {
+        const float* row = values.data() + i * columns;
+        found[i].box = {row[0], row[1], row[2], row[3]};
+        found[i].score = row[4];
+        checkBox(found[i].box);
+        checkPoint({0, 0, found[i].score});
+        if (!(row[5] >= 0 && row[5] < 80))
+            failed("answered with an object of no known kind.");
+        found[i].cocoClass = int(row[5]);
     }
+    return found;
 }
 
-void PoseWorker::writeAll(const void* buffer, std::size_t size) {
-    const auto* bytes = static_cast<const char*>(buffer);
-    while (size > 0) {
-        auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-            deadline_ - std::chrono::steady_clock::now());
-        if (left.count() <= 0)
-            timedOut();
-        pollfd fd{toWorker_, POLLOUT, 0};
-        int ready = ::poll(&fd, 1, int(left.count()));
-        if (ready <= 0)
-            continue;
-        ssize_t put = ::write(toWorker_, bytes, size);
-        if (put < 0 && (errno == EINTR || errno == EAGAIN))
-            continue;
-        if (put <= 0)
-            failed("stopped unexpectedly.");
-        bytes += put;
-        size -= std::size_t(put);
-    }
+// Fractions a little outside the square are fine: a joint may lie just past its edge.
+void PoseWorker::checkPoint(const SquarePoint& p) {
+    if (!(p.x >= -1 && p.x <= 2 && p.y >= -1 && p.y <= 2 && p.score >= 0 && p.score <= 1))
+        failed("answered with points outside the picture it was given.");
+}
+
+void PoseWorker::checkBox(const SquareBox& box) {
+    checkPoint({box.top, box.left, 0});
+    checkPoint({box.bottom, box.right, 0});
+    if (!(box.top <= box.bottom && box.left <= box.right))
+        failed("answered with a box turned inside out.");
 }
 
 } // namespace dravik::batch

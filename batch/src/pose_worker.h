@@ -1,6 +1,7 @@
 #pragma once
 
-#include "dravik/error.h"
+#include "model_process.h"
+#include "pose_worker_setup.h"
 
 #include <array>
 #include <chrono>
@@ -11,61 +12,60 @@
 
 namespace dravik::batch {
 
-// The worker failed: unlike a bad photo, nothing more can be detected in this run.
-class WorkerError : public DravikError {
-  public:
-    using DravikError::DravikError;
+// A point the worker found, as fractions of the square it was sent (y down), and its score.
+struct SquarePoint {
+    float y = 0;
+    float x = 0;
+    float score = 0;
 };
 
-// Where the pose worker comes from and how long each of its answers may take.
-struct WorkerSetup {
-    std::string name;                 // the file messages name, e.g. the script
-    std::vector<std::string> command; // program first
-    std::chrono::milliseconds timeout{30000};
+// The 17 COCO keypoints of the single-person model.
+using SquarePose = std::array<SquarePoint, 17>;
+
+// A box as fractions of the square.
+struct SquareBox {
+    float top = 0;
+    float left = 0;
+    float bottom = 0;
+    float right = 0;
 };
 
-// What the worker found in one square: 17 COCO keypoints as fractions of the square.
-struct WorkerAnswer {
-    struct Keypoint {
-        float y = 0;
-        float x = 0;
-        float score = 0;
-    };
-    int people = -1; // -1 when not asked for
-    std::vector<Keypoint> keypoints;
+// One person of the multi-person model.
+struct SquarePerson {
+    SquarePose keypoints;
+    SquareBox box;
+    float score = 0;
 };
 
-// The long-lived pose model process of one batch run, spoken to over two pipes. Its stderr is
-// ours, so its diagnostics land in the caller's log. Every failure is a DravikError sentence.
+// One object of the object detector: a COCO class and its box. Boxes of one object overlap.
+struct SquareObject {
+    SquareBox box;
+    float score = 0;
+    int cocoClass = 0;
+};
+
+// The models of one batch run, in two long-lived processes: the two finders in one, the
+// single-person model in the other. Every failure is a WorkerError sentence naming the worker.
 class PoseWorker {
   public:
-    static constexpr int side = 256;
-    static constexpr std::uint32_t magic = 0x31505344;
-    static constexpr std::size_t keypointCount = 17;
+    static constexpr int poseSide = 256;
+    static constexpr int peopleSide = 256;
+    static constexpr int objectSide = 416;
 
-    // Starts the worker and waits for its "loaded" answer.
     explicit PoseWorker(const WorkerSetup& setup);
-    ~PoseWorker();
-    PoseWorker(const PoseWorker&) = delete;
-    PoseWorker& operator=(const PoseWorker&) = delete;
 
-    // `rgb` is side × side × 3 bytes.
-    WorkerAnswer detect(const std::vector<std::uint8_t>& rgb, bool countPeople);
+    // Each takes a square of its side × side × 3 RGB bytes.
+    SquarePose pose(const std::vector<std::uint8_t>& rgb);
+    std::vector<SquarePerson> people(const std::vector<std::uint8_t>& rgb);
+    std::vector<SquareObject> objects(const std::vector<std::uint8_t>& rgb);
 
   private:
-    WorkerAnswer readAnswer(std::size_t expectedKeypoints);
-    void readExactly(void* buffer, std::size_t size);
-    void writeAll(const void* buffer, std::size_t size);
+    void checkPoint(const SquarePoint& point);
+    void checkBox(const SquareBox& box);
     [[noreturn]] void failed(const std::string& what);
-    [[noreturn]] void timedOut();
-    void stop();
 
-    std::string name_;
-    std::chrono::milliseconds timeout_;
-    std::chrono::steady_clock::time_point deadline_;
-    pid_t pid_ = -1;
-    int toWorker_ = -1;
-    int fromWorker_ = -1;
+    ModelProcess search_;
+    ModelProcess pose_;
 };
 
 } // namespace dravik::batch

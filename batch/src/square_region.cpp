@@ -5,20 +5,57 @@
 
 namespace dravik::batch {
 
-SquareRegion SquareRegion::around(const PixelRect& rect) {
-    double side = std::max(rect.width, rect.height);
-    return {rect.x + (rect.width - side) / 2, rect.y + (rect.height - side) / 2, side};
+namespace {
+
+constexpr double degree = 3.14159265358979323846 / 180;
+
+// How much wider than the square its upright bounds are.
+double spread(double tilt) {
+    return std::abs(std::cos(tilt * degree)) + std::abs(std::sin(tilt * degree));
 }
 
+} // namespace
+
+SquareRegion SquareRegion::around(const PixelRect& rect, double tilt) {
+    double side = std::max(rect.width, rect.height);
+    return {rect.x + (rect.width - side) / 2, rect.y + (rect.height - side) / 2, side, tilt};
+}
+
+SquareRegion SquareRegion::centred(Point2 centre, double side, double tilt) {
+    return {centre.x - side / 2, centre.y - side / 2, side, tilt};
+}
+
+// The square's x axis runs along (cos t, sin t) in the photo, its y axis along (-sin t, cos t).
 Point2 SquareRegion::toPhoto(double fx, double fy) const {
-    return {x + fx * side, y + fy * side};
+    const double u = (fx - 0.5) * side;
+    const double v = (fy - 0.5) * side;
+    const double c = std::cos(tilt * degree);
+    const double s = std::sin(tilt * degree);
+    const Point2 mid = centre();
+    return {mid.x + u * c - v * s, mid.y + u * s + v * c};
+}
+
+Point2 SquareRegion::toSquare(Point2 photo) const {
+    const Point2 mid = centre();
+    const double dx = photo.x - mid.x;
+    const double dy = photo.y - mid.y;
+    const double c = std::cos(tilt * degree);
+    const double s = std::sin(tilt * degree);
+    return {(dx * c + dy * s) / side + 0.5, (-dx * s + dy * c) / side + 0.5};
+}
+
+PixelRect SquareRegion::bounds() const {
+    const double wide = side * spread(tilt);
+    const Point2 mid = centre();
+    return {mid.x - wide / 2, mid.y - wide / 2, wide, wide};
 }
 
 PixelRect visiblePart(const SquareRegion& region, ImageSize size) {
-    double left = std::clamp(std::floor(region.x), 0.0, double(size.width));
-    double top = std::clamp(std::floor(region.y), 0.0, double(size.height));
-    double right = std::clamp(std::ceil(region.x + region.side), 0.0, double(size.width));
-    double bottom = std::clamp(std::ceil(region.y + region.side), 0.0, double(size.height));
+    const PixelRect rect = region.bounds();
+    double left = std::clamp(std::floor(rect.x), 0.0, double(size.width));
+    double top = std::clamp(std::floor(rect.y), 0.0, double(size.height));
+    double right = std::clamp(std::ceil(rect.maxX()), 0.0, double(size.width));
+    double bottom = std::clamp(std::ceil(rect.maxY()), 0.0, double(size.height));
     if (right <= left || bottom <= top)
         return {};
     return {left, top, right - left, bottom - top};
@@ -97,14 +134,62 @@ void enlarge(const PixelSource& source, const SquareRegion& region, int side, st
 
 } // namespace
 
+namespace {
+
+void sampleUpright(const PixelSource& source, const SquareRegion& region, int side,
+                   std::uint8_t* out) {
+    if (region.side > side)
+        shrink(source, region, side, out);
+    else
+        enlarge(source, region, side, out);
+}
+
+// Bilinear turn of `upright` (an untilted square sampled to `uprightSide`) into the tilted square.
+void turn(const PixelSource& upright, const SquareRegion& uprightRegion, int uprightSide,
+          const SquareRegion& region, int side, std::uint8_t* out) {
+    const double scale = uprightSide / uprightRegion.side;
+    for (int oy = 0; oy < side; ++oy)
+        for (int ox = 0; ox < side; ++ox) {
+            const Point2 p = region.toPhoto((ox + 0.5) / side, (oy + 0.5) / side);
+            const double sx = (p.x - uprightRegion.x) * scale - 0.5;
+            const double sy = (p.y - uprightRegion.y) * scale - 0.5;
+            const int x0 = int(std::floor(sx));
+            const int y0 = int(std::floor(sy));
+            const double wx = sx - x0;
+            const double wy = sy - y0;
+            const std::uint8_t* a = upright.at(x0, y0);
+            const std::uint8_t* b = upright.at(x0 + 1, y0);
+            const std::uint8_t* c = upright.at(x0, y0 + 1);
+            const std::uint8_t* d = upright.at(x0 + 1, y0 + 1);
+            for (int k = 0; k < 3; ++k) {
+                double top = a[k] + (b[k] - a[k]) * wx;
+                double bottom = c[k] + (d[k] - c[k]) * wx;
+                *out++ = static_cast<std::uint8_t>(std::lround(top + (bottom - top) * wy));
+            }
+        }
+}
+
+} // namespace
+
 std::vector<std::uint8_t> sampleSquare(const Image& pixels, const PixelRect& decodedRect,
                                        const SquareRegion& region, int side) {
     std::vector<std::uint8_t> out(std::size_t(side) * side * 3);
     PixelSource source(pixels, decodedRect);
-    if (region.side > side)
-        shrink(source, region, side, out.data());
-    else
-        enlarge(source, region, side, out.data());
+    if (region.tilt == 0) {
+        sampleUpright(source, region, side, out.data());
+        return out;
+    }
+    // Resampling the upright bounds first keeps the averaging of a shrink exact and cheap.
+    const SquareRegion bounds = SquareRegion::around(region.bounds());
+    const int boundsSide = int(std::ceil(side * spread(region.tilt))) + 2;
+    const SquareRegion padded =
+        SquareRegion::centred(bounds.centre(), bounds.side * boundsSide / (boundsSide - 2.0));
+    auto rgb =
+        std::make_shared<std::vector<std::uint8_t>>(std::size_t(boundsSide) * boundsSide * 3);
+    sampleUpright(source, padded, boundsSide, rgb->data());
+    const Image upright{boundsSide, boundsSide, std::size_t(boundsSide) * 3, rgb};
+    turn(PixelSource(upright, {0, 0, double(boundsSide), double(boundsSide)}), padded, boundsSide,
+         region, side, out.data());
     return out;
 }
 

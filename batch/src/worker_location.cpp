@@ -26,8 +26,9 @@ WorkerSetup installedWorker(const fs::path& programFolder) {
         throw DravikError(
             "The pose worker \u201cpose-worker.mjs\u201d or its Node packages are missing "
             "beside dravik-batch; run tools/bootstrap.sh to install them.");
-    constexpr std::array files = {"movenet-thunder.json", "movenet-thunder.bin",
-                                  "movenet-multipose.json", "movenet-multipose.bin"};
+    constexpr std::array files = {"movenet-thunder.json",   "movenet-thunder.bin",
+                                  "movenet-multipose.json", "movenet-multipose.bin",
+                                  "nanodet.json",           "nanodet.bin"};
     for (const char* file : files)
         if (!fs::is_regular_file(models / file))
             throw DravikError("The pose model \u201c" + std::string(file) +

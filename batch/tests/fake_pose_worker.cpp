@@ -1,7 +1,9 @@
 // usage: fake_pose_worker <mode>
-// good: an upright body with the nose on the reddest pixel sent, one person; empty: nobody, low
-// scores; short: 5 keypoints; garbage, die, hang, fail: answers nonsense, exits, never answers,
-// reports a failure; silent: never says it is ready.
+// good: an upright body with the nose on the reddest pixel sent, seen as one person by the people
+// model and as nothing by the object model; empty: nobody, low scores; short: 5 keypoints; wild:
+// keypoints far outside the square; garbage, die, hang, fail: answers nonsense, exits, never
+// answers, reports a failure; silent: never says it is ready.
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <string>
@@ -17,11 +19,10 @@ void put(const void* data, std::size_t size) {
         _exit(5);
 }
 
-void answer(std::int32_t people, const std::vector<float>& values) {
-    const std::uint32_t head[2] = {magic, 0};
-    const std::int32_t counts[2] = {people, std::int32_t(values.size() / 3)};
+void answer(std::uint32_t columns, const std::vector<float>& values) {
+    const std::uint32_t head[4] = {magic, 0, columns ? std::uint32_t(values.size() / columns) : 0,
+                                   columns};
     put(head, sizeof head);
-    put(counts, sizeof counts);
     put(values.data(), values.size() * sizeof(float));
 }
 
@@ -62,13 +63,27 @@ int main(int argc, char** argv) {
                 rgb[std::size_t(best) * 3] - rgb[std::size_t(best) * 3 + 1])
                 best = i;
         const float score = mode == "empty" ? 0.1f : 0.9f;
-        std::vector<float> values = {(float(best / side) + 0.5f) / float(side),
-                                     (float(best % side) + 0.5f) / float(side), score};
+        const float noseY = (float(best / side) + 0.5f) / float(side);
+        const float noseX = (float(best % side) + 0.5f) / float(side);
+        std::vector<float> values = {noseY, noseX, score};
         for (const auto& point : body)
             values.insert(values.end(),
                           {point[0], point[1], score - 0.001f * float(&point - body)});
         if (mode == "short")
             values.resize(15);
-        answer(header[1] & 1 ? (mode == "empty" ? 0 : 1) : -1, values);
+        if (mode == "wild")
+            values[1] = 7;
+        if (header[1] == 3) {
+            answer(6, {}); // no objects
+        } else if (header[1] == 2) {
+            if (mode == "empty")
+                values.clear();
+            else // the box of the keypoints, then the person's score
+                values.insert(values.end(), {std::min(noseY, 0.18f), std::min(noseX, 0.37f),
+                                             std::max(noseY, 0.9f), std::max(noseX, 0.63f), score});
+            answer(56, values);
+        } else {
+            answer(3, values);
+        }
     }
 }

@@ -22,6 +22,7 @@ TEST(PoseWorker, EveryMisbehaviourBecomesOneSentenceNamingTheWorker) {
         {"die", 5000, "stopped unexpectedly."},
         {"fail", 5000, "failed: the model broke."},
         {"short", 5000, "answered with 5 keypoints instead of 17."},
+        {"wild", 5000, "answered with points outside the picture it was given."},
         {"hang", 300, "did not answer within 0.3 seconds."},
         {"silent", 300, "did not answer within 0.3 seconds."}, // never ready
     };
@@ -29,7 +30,7 @@ TEST(PoseWorker, EveryMisbehaviourBecomesOneSentenceNamingTheWorker) {
         SCOPED_TRACE(c.mode);
         EXPECT_EQ(failureOf([&] {
                       PoseWorker worker(fakeWorker(c.mode, c.timeoutMs));
-                      worker.detect(std::vector<std::uint8_t>(256 * 256 * 3), true);
+                      worker.pose(std::vector<std::uint8_t>(256 * 256 * 3));
                   }),
                   "The pose worker \u201cfake_pose_worker\u201d " + c.says);
     }
@@ -48,8 +49,9 @@ TEST(PoseWorker, AnInstallWithoutItsModelsIsRefusedBeforeAnythingStarts) {
     const std::string refusal = failureOf([&] { installedWorker(program); });
     EXPECT_NE(refusal.find("\u201cmovenet-thunder.json\u201d is missing"), std::string::npos)
         << refusal;
-    for (const char* file : {"movenet-thunder.json", "movenet-thunder.bin",
-                             "movenet-multipose.json", "movenet-multipose.bin"})
+    for (const char* file :
+         {"movenet-thunder.json", "movenet-thunder.bin", "movenet-multipose.json",
+          "movenet-multipose.bin", "nanodet.json", "nanodet.bin"})
         dravik::test::writeText(models / file, "0");
     WorkerSetup setup = installedWorker(program);
     EXPECT_EQ(setup.command.at(0), configuredNode().string());

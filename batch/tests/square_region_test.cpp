@@ -1,5 +1,6 @@
 #include "square_region.h"
 
+#include <cmath>
 #include <gtest/gtest.h>
 #include <memory>
 
@@ -68,4 +69,35 @@ TEST(SquareRegion, SamplesRowsTopDownAveragingWhenShrinkingAndReadingBlackOutsid
     auto exact = sampleSquare(patch, {200, 100, 10, 10}, {200, 100, 10}, 10);
     EXPECT_EQ(at(exact, 10, 3, 7)[0], 255);
     EXPECT_EQ(at(exact, 10, 7, 3)[0], 0);
+}
+
+TEST(SquareRegion, ATiltedSquareTurnsAboutItsCentreAndSamplesWhatLiesThere) {
+    // Tilted 90° the square's x axis runs down the photo and its y axis to the left.
+    const SquareRegion turned = SquareRegion::centred({100, 100}, 40, 90);
+    const Point2 right = turned.toPhoto(1, 0.5);
+    EXPECT_NEAR(right.x, 100, 1e-9);
+    EXPECT_NEAR(right.y, 120, 1e-9);
+    const SquareRegion leaning = SquareRegion::centred({300, 200}, 80, -35);
+    const Point2 back = leaning.toSquare(leaning.toPhoto(0.2, 0.9));
+    EXPECT_NEAR(back.x, 0.2, 1e-12);
+    EXPECT_NEAR(back.y, 0.9, 1e-12);
+    EXPECT_NEAR(SquareRegion::centred({0, 0}, 100, 45).bounds().width, 100 * std::sqrt(2.0), 1e-9);
+
+    // A red 9 × 9 block right of the centre of a grey picture appears below the centre of a
+    // square tilted by −90°, whose top is the photo's left, shrunk or not.
+    Image image = picture(200, 200, [](int x, int y, int c) -> std::uint8_t {
+        const bool red = x >= 126 && x < 135 && y >= 96 && y < 105;
+        return red ? (c == 0 ? 250 : 0) : 120;
+    });
+    for (const auto& [squareSide, outSide] : {std::pair{100, 100}, std::pair{100, 50}}) {
+        const SquareRegion region = SquareRegion::centred({100, 100}, squareSide, -90);
+        auto rgb = sampleSquare(image, {0, 0, 200, 200}, region, outSide);
+        const Point2 where = region.toSquare({130, 100});
+        EXPECT_NEAR(where.x, 0.5, 1e-9);
+        EXPECT_NEAR(where.y, 0.8, 1e-9);
+        const int ox = int(where.x * outSide);
+        const int oy = int(where.y * outSide);
+        EXPECT_GT(at(rgb, outSide, ox, oy)[0], 200) << outSide;
+        EXPECT_EQ(at(rgb, outSide, ox, outSide - 1 - oy)[0], 120) << "the mirror image is grey";
+    }
 }

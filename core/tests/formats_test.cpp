@@ -132,11 +132,21 @@ TEST(ResultsFile, RoundTripsThroughAFileAndRefusesInvalidContent) {
     ResultsFile results = test::sampleResults();
     results.riders[1].results[0].joints[3].x = 0.1 + 0.2; // survives bit for bit
     results.riders[1].results.push_back({"2D", "failed", 0, {}});
+    // Candidates may name a vehicle listed after its rider.
+    results.riders[0].results[1].candidates = {{"person", {400, 100, 200, 500}, 0.8, 2},
+                                               {"person", {10, 10, 50, 120}, 0.2, std::nullopt},
+                                               {"motorcycle", {380, 350, 300, 250}, 0.6, {}}};
+    results.riders[0].results[1].rider = 0;
     test::writeText(dir / "results.json", results.encode());
     EXPECT_EQ(ResultsFile::load(dir / "results.json"), results);
+    // Results without candidates are written as detectors before them wrote them.
+    EXPECT_EQ(test::sampleResults().encode().find("candidates"), std::string::npos);
 
-    const Json valid = Json::parse(test::sampleResults().encode());
+    const Json valid = Json::parse(results.encode());
     auto result = [](Json& root) -> Json& { return root["riders"][1]["results"][0]; };
+    auto candidates = [](Json& root) -> Json& {
+        return root["riders"][0]["results"][1]["candidates"];
+    };
     test::expectRefusals(
         valid, [](const std::string& text) { ResultsFile::decode(text, "results.json"); },
         "“results.json” is not a valid results file: ",
@@ -151,6 +161,20 @@ TEST(ResultsFile, RoundTripsThroughAFileAndRefusesInvalidContent) {
              "riders[1].results[0].joints[0].confidence must lie between 0 and 1"},
             {[&](Json& r) { result(r)["count"] = -1; },
              "riders[1].results[0].count must not be negative"},
+            {[&](Json& r) { candidates(r)[2]["kind"] = "car"; },
+             "riders[0].results[1].candidates[2].kind must be “person”, “bicycle” or “motorcycle”"},
+            {[&](Json& r) { candidates(r)[1]["score"] = 1.5; },
+             "riders[0].results[1].candidates[1].score must lie between 0 and 1"},
+            {[&](Json& r) { candidates(r)[0]["riding"] = 3; },
+             "riders[0].results[1].candidates[0].riding must be the position of a candidate"},
+            {[&](Json& r) { candidates(r)[0]["riding"] = 1; },
+             "riders[0].results[1].candidates[0].riding must be the position of a vehicle"},
+            {[&](Json& r) { candidates(r)[2]["riding"] = 0; },
+             "riders[0].results[1].candidates[2].riding is for people only"},
+            {[&](Json& r) { r["riders"][0]["results"][1]["rider"] = 2; },
+             "riders[0].results[1].rider must name a person"},
+            {[&](Json& r) { result(r)["rider"] = 0; },
+             "riders[1].results[0].rider must be the position of a candidate"},
         });
 }
 
@@ -174,6 +198,9 @@ TEST(RetryFiles, RoundTripAndRefuseInvalidContent) {
     RetryRequest request{"/photos/corner/rider.jpg", test::hashOf("rider"), {10, 20, 300.5, 400}};
     test::writeText(dir / "request.json", request.encode());
     EXPECT_EQ(RetryRequest::load(dir / "request.json"), request);
+    request.wheel = WheelAxis{{100, 380}, {160, 120.5}};
+    test::writeText(dir / "request.json", request.encode());
+    EXPECT_EQ(RetryRequest::load(dir / "request.json"), request);
 
     for (const DetectionRetry& retry :
          {DetectionRetry{test::poseResult("2D", {1, 2}), test::poseResult("2D", {3, 4})},
@@ -190,6 +217,9 @@ TEST(RetryFiles, RoundTripAndRefuseInvalidContent) {
             {[](Json& r) { r["source"] = "rider.jpg"; }, "source must be an absolute path."},
             {[](Json& r) { r["crop"]["width"] = 0; },
              "crop must have a positive width and height."},
+            {[](Json& r) { r["wheel"]["b"] = r["wheel"]["a"]; },
+             "wheel must join two different points."},
+            {[](Json& r) { r["wheel"].erase("b"); }, "wheel.b is missing."},
         });
 }
 

@@ -66,6 +66,14 @@ TEST_P(OrientationTest, CropIsTakenFromTheOrientedPhoto) {
         const Picture crop = pictureOf(input.cropped({20.4, 10.7, 50.2, 40.1}));
         EXPECT_LE(largestDifference(crop, region(displayed, 20, 10, 51, 41)), 3) << name;
         EXPECT_LE(largestDifference(pictureOf(input.decoded()), displayed), 3) << name;
+        // Scaled while decoding: whole blocks of 4 pixels, each averaged into one.
+        const ReducedImage quarter = input.reduced({40.5, 33, 20, 20}, 4);
+        EXPECT_EQ(quarter.rect, (PixelRect{40, 32, 24, 24})) << name;
+        EXPECT_LE(
+            largestDifference(pictureOf(quarter.image),
+                              Picture::filled(6, 6, [](int, int) { return blockColour(40, 32); })),
+            3)
+            << name;
     }
 }
 

@@ -64,6 +64,10 @@ void ReviewerModel::retryDetection(bool fullPhoto) {
     }
     if (!request)
         return;
+    // A wheel axis drawn or proposed on the frame tells the detector the rider's lean.
+    const std::optional<dravik::LeanAnnotation> lean = this->lean(current.id);
+    if (lean && lean->wheel && !lean->wheelNotObservable)
+        request->wheel = dravik::WheelAxis{lean->wheel->a, lean->wheel->b};
 
     const fs::path helper = bundle_.batchProgram();
     const fs::path directory =

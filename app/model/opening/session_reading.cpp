@@ -5,7 +5,7 @@
 #include "dravik/framing.h"
 #include "dravik/lean_analysis.h"
 #include "dravik/pairs.h"
-#include "dravik/store.h"
+#include "dravik/session_review.h"
 
 #include <algorithm>
 #include <functional>
@@ -106,16 +106,10 @@ CompanionFiles readCompanions(const fs::path& folder, const dravik::ReviewDocume
 SessionRead readSession(const fs::path& manifest, const fs::path& results) {
     SessionRead read;
     const fs::path folder = manifest.parent_path();
-    dravik::ReviewDocument raw = dravik::ReviewStore::make(manifest, results);
-    read.reviewFile = folder / dravik::ReviewStore::reviewFileName(raw);
-    if (fileExists(read.reviewFile)) {
-        // The session's photo assessments follow the manifest, not the copy saved in the review.
-        read.document = std::make_shared<const dravik::ReviewDocument>(
-            dravik::ReviewStore::adopt(dravik::ReviewStore::load(read.reviewFile), raw));
-        read.reopened = true;
-    } else {
-        read.document = std::make_shared<const dravik::ReviewDocument>(std::move(raw));
-    }
+    dravik::SessionReview review = dravik::SessionReview::open(manifest, results);
+    read.reviewFile = review.file;
+    read.reopened = review.saved;
+    read.document = std::make_shared<const dravik::ReviewDocument>(std::move(review.document));
     read.proposals = readCompanion<std::map<std::string, dravik::LeanAnnotation>>(
         folder / "lean-proposals.json", CompanionFailure::refuseSession,
         [&](const fs::path& file) { return acceptedProposals(file, *read.document); });

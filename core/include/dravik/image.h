@@ -26,6 +26,13 @@ struct Image {
     bool empty() const { return width == 0 || height == 0; }
 };
 
+// Part of a photo decoded at a fraction of its size: `image` shows the photo rectangle `rect`
+// (oriented pixels), each of its pixels standing for about reduction × reduction of the photo's.
+struct ReducedImage {
+    Image image;
+    PixelRect rect;
+};
+
 // A photo read once from disk: its content hash and its size after EXIF orientation.
 // Pixels are decoded on demand, and only for the part that is asked for.
 class ImageInput {
@@ -39,6 +46,10 @@ class ImageInput {
     // The rectangle (in oriented pixels, rounded outwards, clipped to the photo) decoded.
     Image cropped(const PixelRect& rect) const;
     Image decoded() const; // the whole photo
+    // The rectangle (rounded outwards to whole blocks of `reduction` pixels, clipped to the photo)
+    // decoded at 1/reduction of its size, reduction being 1, 2, 4 or 8. A JPEG photo is scaled
+    // while it is decoded, at a fraction of the time and memory of all its pixels.
+    ReducedImage reduced(const PixelRect& rect, int reduction) const;
 
   private:
     std::filesystem::path file_;

@@ -15,10 +15,13 @@ namespace ReviewStore {
 ReviewDocument make(const std::filesystem::path& manifest, const std::filesystem::path& results);
 ReviewDocument load(const std::filesystem::path& file);
 // Refuses a saved review made for other detections or other photos than `raw`.
-void validate(const ReviewDocument& saved, const ReviewDocument& raw);
+// `savedFile`, when given, is the file `saved` was read from, which the refusal names.
+void validate(const ReviewDocument& saved, const ReviewDocument& raw,
+              const std::filesystem::path& savedFile = {});
 // Validates `saved` against `raw`, then gives it the session's pair photo assessments: those
 // come from the manifest and are not part of what the reviewer saved.
-ReviewDocument adopt(ReviewDocument saved, const ReviewDocument& raw);
+ReviewDocument adopt(ReviewDocument saved, const ReviewDocument& raw,
+                     const std::filesystem::path& savedFile = {});
 // Writes atomically and durably. Refuses, writing nothing, when the file on disk is not at
 // `expectedRevision` (a file that exists while none was expected counts as changed elsewhere).
 void save(const ReviewDocument& document, const std::filesystem::path& file,

@@ -2,9 +2,59 @@
 
 #include "dravik/joints.h"
 
+#include "json/geometry_codec.h"
+#include <algorithm>
+#include <array>
 #include <set>
 
 namespace dravik::json {
+
+namespace {
+
+constexpr std::array candidateKinds = {"person", "bicycle", "motorcycle"};
+
+double readScore(const Node& node) {
+    double score = node.number();
+    if (score < 0 || score > 1)
+        node.fail("must lie between 0 and 1");
+    return score;
+}
+
+std::size_t readIndex(const Node& node, std::size_t count) {
+    std::int64_t index = node.integer();
+    if (index < 0 || std::uint64_t(index) >= count)
+        node.fail("must be the position of a candidate of this result");
+    return std::size_t(index);
+}
+
+// Indices are checked once every candidate is known: a person may ride a vehicle listed later.
+void readCandidates(const Node& node, DravikResult& result) {
+    const std::vector<Node> items = node.items();
+    for (const Node& item : items) {
+        Candidate candidate;
+        Node kind = item["kind"];
+        candidate.kind = kind.string();
+        if (std::find(candidateKinds.begin(), candidateKinds.end(), candidate.kind) ==
+            candidateKinds.end())
+            kind.fail("must be \u201cperson\u201d, \u201cbicycle\u201d or \u201cmotorcycle\u201d");
+        candidate.box = readRect(item["box"]);
+        candidate.score = readScore(item["score"]);
+        result.candidates.push_back(std::move(candidate));
+    }
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        auto riding = items[i].find("riding");
+        if (!riding)
+            continue;
+        if (!result.candidates[i].isPerson())
+            riding->fail("is for people only");
+        std::size_t vehicle = readIndex(*riding, items.size());
+        if (result.candidates[vehicle].isPerson())
+            riding->fail("must be the position of a vehicle");
+        result.candidates[i].riding = vehicle;
+    }
+}
+
+} // namespace
 
 DravikResult readResult(const Node& node) {
     DravikResult result;
@@ -31,6 +81,13 @@ DravikResult readResult(const Node& node) {
             confidence.fail("must lie between 0 and 1");
         result.joints.push_back(std::move(joint));
     }
+    if (auto candidates = node.find("candidates"))
+        readCandidates(*candidates, result);
+    if (auto rider = node.find("rider")) {
+        result.rider = readIndex(*rider, result.candidates.size());
+        if (!result.candidates[*result.rider].isPerson())
+            rider->fail("must name a person");
+    }
     return result;
 }
 
@@ -41,10 +98,26 @@ Json write(const DravikResult& result) {
                               {"x", joint.x},
                               {"y", joint.y},
                               {"confidence", joint.confidence}});
-    return Json{{"kind", result.kind},
-                {"status", result.status},
-                {"count", result.count},
-                {"joints", std::move(joints)}};
+    Json written{{"kind", result.kind},
+                 {"status", result.status},
+                 {"count", result.count},
+                 {"joints", std::move(joints)}};
+    // Left out when empty, so that results of older detectors are written back as they were.
+    if (!result.candidates.empty()) {
+        Json candidates = Json::array();
+        for (const Candidate& candidate : result.candidates) {
+            Json item{{"kind", candidate.kind},
+                      {"box", write(candidate.box)},
+                      {"score", candidate.score}};
+            if (candidate.riding)
+                item["riding"] = *candidate.riding;
+            candidates.push_back(std::move(item));
+        }
+        written["candidates"] = std::move(candidates);
+    }
+    if (result.rider)
+        written["rider"] = *result.rider;
+    return written;
 }
 
 DetectionRetry readRetry(const Node& node) {

@@ -6,7 +6,8 @@
 
 namespace dravik::json {
 
-// A DravikResult: known, distinct joint names; finite points; confidence within 0...1.
+// A DravikResult: known, distinct joint names; finite points; confidence within 0...1; candidates
+// of known kinds whose `riding` and the result's `rider` name a vehicle and a person among them.
 DravikResult readResult(const Node& node);
 Json write(const DravikResult& result);
 

@@ -22,6 +22,12 @@ RetryRequest read(const json::Node& root) {
     request.crop = json::readRect(crop);
     if (request.crop.width <= 0 || request.crop.height <= 0)
         crop.fail("must have a positive width and height");
+    if (auto wheel = root.find("wheel")) {
+        WheelAxis axis{json::readPoint((*wheel)["a"]), json::readPoint((*wheel)["b"])};
+        if (axis.a == axis.b)
+            wheel->fail("must join two different points");
+        request.wheel = axis;
+    }
     return request;
 }
 
@@ -32,6 +38,8 @@ std::string RetryRequest::encode() const {
     root["source"] = source;
     root["sourceHash"] = sourceHash;
     root["crop"] = json::write(crop);
+    if (wheel)
+        root["wheel"] = json::Json{{"a", json::write(wheel->a)}, {"b", json::write(wheel->b)}};
     return json::encodeDocument(root, kind, json::Layout::compact, read);
 }
 

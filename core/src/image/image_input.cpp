@@ -1,3 +1,4 @@
+#include "dravik/error.h"
 #include "dravik/file_io.h"
 #include "dravik/image.h"
 #include "hash/sha256.h"
@@ -30,6 +31,19 @@ Image ImageInput::cropped(const PixelRect& rect) const {
     const PhotoHeader header = readPhotoHeader(bytesOf(*bytes_), bytes_->size(), name);
     return decodePhotoBox(bytesOf(*bytes_), bytes_->size(), header,
                           wholePixels(rect, header.oriented(), name), name);
+}
+
+ReducedImage ImageInput::reduced(const PixelRect& rect, int reduction) const {
+    const std::string name = quotedName(file_);
+    if (reduction != 1 && reduction != 2 && reduction != 4 && reduction != 8)
+        throw DravikError(name + " cannot be decoded at 1/" + std::to_string(reduction) +
+                          " of its size.");
+    const PhotoHeader header = readPhotoHeader(bytesOf(*bytes_), bytes_->size(), name);
+    const PixelBox box = wholePixels(rect, header.oriented(), name);
+    const PixelBox covers =
+        scaledBox(box, header.oriented(), header.orientation, reduction).covers;
+    return {decodePhotoBox(bytesOf(*bytes_), bytes_->size(), header, box, name, reduction),
+            {double(covers.x), double(covers.y), double(covers.width), double(covers.height)}};
 }
 
 Image ImageInput::decoded() const {

@@ -25,7 +25,10 @@ const char* firstDifference(const ReviewFrame& saved, const ReviewFrame& raw) {
     return nullptr;
 }
 
-std::string savedLabel(const ReviewDocument& saved) {
+// The file the review was read from; without one, the name its identity gives it.
+std::string savedLabel(const ReviewDocument& saved, const std::filesystem::path& file) {
+    if (!file.empty())
+        return json::quoted(json::fileLabel(file));
     try {
         return json::quoted(ReviewStore::reviewFileName(saved));
     } catch (const DravikError&) {
@@ -35,8 +38,9 @@ std::string savedLabel(const ReviewDocument& saved) {
 
 } // namespace
 
-void ReviewStore::validate(const ReviewDocument& saved, const ReviewDocument& raw) {
-    const std::string label = savedLabel(saved);
+void ReviewStore::validate(const ReviewDocument& saved, const ReviewDocument& raw,
+                           const std::filesystem::path& savedFile) {
+    const std::string label = savedLabel(saved, savedFile);
     if (saved.identity() != raw.identity())
         throw DravikError(label + " belongs to other detection results than this session’s.");
     const auto& savedFrames = saved.frames();
@@ -82,8 +86,9 @@ void ReviewStore::validate(const ReviewDocument& saved, const ReviewDocument& ra
     // without invalidating the review; adopt() takes the session's.
 }
 
-ReviewDocument ReviewStore::adopt(ReviewDocument saved, const ReviewDocument& raw) {
-    validate(saved, raw);
+ReviewDocument ReviewStore::adopt(ReviewDocument saved, const ReviewDocument& raw,
+                                  const std::filesystem::path& savedFile) {
+    validate(saved, raw, savedFile);
     // Rider names and pair titles follow the manifest too: naming riders changes no detection.
     ReviewParts parts = ReviewParts::of(saved);
     for (std::size_t i = 0; i < parts.frames.size(); ++i) {

@@ -10,7 +10,7 @@ SessionReview SessionReview::open(const std::filesystem::path& manifest,
     SessionReview review{raw, manifest.parent_path() / ReviewStore::reviewFileName(raw), false};
     std::error_code error;
     if (std::filesystem::exists(review.file, error)) {
-        review.document = ReviewStore::adopt(ReviewStore::load(review.file), raw);
+        review.document = ReviewStore::adopt(ReviewStore::load(review.file), raw, review.file);
         review.saved = true;
     }
     return review;

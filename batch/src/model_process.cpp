@@ -1,0 +1,191 @@
+#include "model_process.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sstream>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+extern char** environ;
+
+namespace dravik::batch {
+
+namespace {
+
+std::string curly(const std::string& text) {
+    return "\u201c" + text + "\u201d";
+}
+
+void closeIfOpen(int& fd) {
+    if (fd >= 0)
+        ::close(fd);
+    fd = -1;
+}
+
+} // namespace
+
+ModelProcess::ModelProcess(const WorkerSetup& setup, const std::string& role)
+    : name_(curly(setup.name)), timeout_(setup.timeout) {
+    std::vector<std::string> command = setup.command;
+    if (command.empty())
+        throw WorkerError("The pose worker " + name_ + " has no command to start.");
+    command.push_back(role);
+    int in[2];
+    int out[2];
+    if (::pipe2(in, O_CLOEXEC) != 0)
+        throw WorkerError("The pose worker " + name_ + " could not be given a pipe.");
+    if (::pipe2(out, O_CLOEXEC) != 0) {
+        ::close(in[0]);
+        ::close(in[1]);
+        throw WorkerError("The pose worker " + name_ + " could not be given a pipe.");
+    }
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, in[0], STDIN_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, out[1], STDOUT_FILENO);
+    std::vector<char*> argv;
+    for (std::string& part : command)
+        argv.push_back(part.data());
+    argv.push_back(nullptr);
+    int error = ::posix_spawnp(&pid_, argv[0], &actions, nullptr, argv.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    ::close(in[0]);
+    ::close(out[1]);
+    toWorker_ = in[1];
+    fromWorker_ = out[0];
+    if (error != 0) {
+        pid_ = -1;
+        closeIfOpen(toWorker_);
+        closeIfOpen(fromWorker_);
+        throw WorkerError("The pose worker " + name_ + " could not be started with " +
+                          curly(command.front()) + " (" + std::strerror(error) + ").");
+    }
+    // Writes never block, so that a hung worker is noticed by the deadline.
+    ::fcntl(toWorker_, F_SETFL, ::fcntl(toWorker_, F_GETFL) | O_NONBLOCK);
+    // The models load while the caller reads its photo; the first request waits for them.
+    readyBy_ = std::chrono::steady_clock::now() + timeout_;
+}
+
+ModelProcess::~ModelProcess() {
+    stop();
+}
+
+void ModelProcess::stop() {
+    if (pid_ < 0)
+        return;
+    closeIfOpen(toWorker_); // end of input asks the worker to leave
+    closeIfOpen(fromWorker_);
+    for (int i = 0; i < 20; ++i) {
+        if (::waitpid(pid_, nullptr, WNOHANG) == pid_) {
+            pid_ = -1;
+            return;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(25));
+    }
+    ::kill(pid_, SIGKILL);
+    ::waitpid(pid_, nullptr, 0);
+    pid_ = -1;
+}
+
+void ModelProcess::failed(const std::string& what) {
+    stop();
+    throw WorkerError("The pose worker " + name_ + " " + what);
+}
+
+void ModelProcess::timedOut() {
+    std::ostringstream text;
+    text << "did not answer within " << timeout_.count() / 1000.0 << " seconds.";
+    failed(text.str());
+}
+
+std::vector<float> ModelProcess::run(std::uint32_t model, int side,
+                                     const std::vector<std::uint8_t>& rgb, std::size_t columns,
+                                     std::size_t maxRows) {
+    if (pid_ < 0)
+        throw WorkerError("The pose worker " + name_ + " is no longer running.");
+    if (!ready_) {
+        deadline_ = readyBy_;
+        readAnswer(0, 0); // no rows: the models are loaded
+        ready_ = true;
+    }
+    std::uint32_t header[3] = {magic, model, std::uint32_t(side)};
+    deadline_ = std::chrono::steady_clock::now() + timeout_;
+    writeAll(header, sizeof header);
+    writeAll(rgb.data(), rgb.size());
+    return readAnswer(columns, maxRows);
+}
+
+std::vector<float> ModelProcess::readAnswer(std::size_t columns, std::size_t maxRows) {
+    std::uint32_t head[2];
+    readExactly(head, sizeof head);
+    if (head[0] != magic)
+        failed("answered with something that is not a pose answer.");
+    if (head[1] != 0) {
+        std::uint32_t length = 0;
+        readExactly(&length, sizeof length);
+        if (length > 4096)
+            failed("reported a failure with an over-long message.");
+        std::string message(length, '\0');
+        readExactly(message.data(), length);
+        failed("failed: " + message);
+    }
+    std::uint32_t shape[2];
+    readExactly(shape, sizeof shape);
+    if (shape[0] > maxRows || (shape[0] > 0 && shape[1] != columns))
+        failed("answered with a table of " + std::to_string(shape[0]) + " \u00d7 " +
+               std::to_string(shape[1]) + " numbers, which is not what was asked for.");
+    std::vector<float> values(static_cast<std::size_t>(shape[0]) * columns);
+    readExactly(values.data(), values.size() * sizeof(float));
+    return values;
+}
+
+void ModelProcess::readExactly(void* buffer, std::size_t size) {
+    auto* bytes = static_cast<char*>(buffer);
+    while (size > 0) {
+        auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+            deadline_ - std::chrono::steady_clock::now());
+        if (left.count() <= 0)
+            timedOut();
+        pollfd fd{fromWorker_, POLLIN, 0};
+        int ready = ::poll(&fd, 1, int(left.count()));
+        if (ready < 0 && errno == EINTR)
+            continue;
+        if (ready == 0)
+            continue;
+        ssize_t got = ::read(fromWorker_, bytes, size);
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got <= 0)
+            failed("stopped unexpectedly.");
+        bytes += got;
+        size -= std::size_t(got);
+    }
+}
+
+void ModelProcess::writeAll(const void* buffer, std::size_t size) {
+    const auto* bytes = static_cast<const char*>(buffer);
+    while (size > 0) {
+        auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+            deadline_ - std::chrono::steady_clock::now());
+        if (left.count() <= 0)
+            timedOut();
+        pollfd fd{toWorker_, POLLOUT, 0};
+        int ready = ::poll(&fd, 1, int(left.count()));
+        if (ready <= 0)
+            continue;
+        ssize_t put = ::write(toWorker_, bytes, size);
+        if (put < 0 && (errno == EINTR || errno == EAGAIN))
+            continue;
+        if (put <= 0)
+            failed("stopped unexpectedly.");
+        bytes += put;
+        size -= std::size_t(put);
+    }
+}
+
+} // namespace dravik::batch

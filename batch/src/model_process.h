@@ -1,0 +1,51 @@
+#pragma once
+
+#include "pose_worker_setup.h"
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+namespace dravik::batch {
+
+// One Node process running some of the models, spoken to over two pipes. Its stderr is ours, so
+// its diagnostics land in the caller's log. Every failure stops it and is a WorkerError sentence
+// naming the worker.
+class ModelProcess {
+  public:
+    static constexpr std::uint32_t magic = 0x31505344;
+
+    // Starts the process with `role` added to the setup's command; the first request waits for
+    // its "loaded" answer, so that it loads while the caller does other work.
+    ModelProcess(const WorkerSetup& setup, const std::string& role);
+    ~ModelProcess();
+    ModelProcess(const ModelProcess&) = delete;
+    ModelProcess& operator=(const ModelProcess&) = delete;
+
+    // Sends one side × side RGB square to `model` and reads the answer: at most `maxRows` rows of
+    // `columns` numbers.
+    std::vector<float> run(std::uint32_t model, int side, const std::vector<std::uint8_t>& rgb,
+                           std::size_t columns, std::size_t maxRows);
+
+    [[noreturn]] void failed(const std::string& what);
+    void stop();
+
+  private:
+    std::vector<float> readAnswer(std::size_t columns, std::size_t maxRows);
+    void readExactly(void* buffer, std::size_t size);
+    void writeAll(const void* buffer, std::size_t size);
+    [[noreturn]] void timedOut();
+
+    std::string name_;
+    std::chrono::milliseconds timeout_;
+    std::chrono::steady_clock::time_point deadline_;
+    std::chrono::steady_clock::time_point readyBy_;
+    bool ready_ = false;
+    pid_t pid_ = -1;
+    int toWorker_ = -1;
+    int fromWorker_ = -1;
+};
+
+} // namespace dravik::batch

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "dravik/error.h"
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+namespace dravik::batch {
+
+// The worker failed: unlike a bad photo, nothing more can be detected in this run.
+class WorkerError : public DravikError {
+  public:
+    using DravikError::DravikError;
+};
+
+// Where the pose worker comes from and how long each of its answers may take.
+struct WorkerSetup {
+    std::string name;                 // the file messages name, e.g. the script
+    std::vector<std::string> command; // program first
+    std::chrono::milliseconds timeout{30000};
+};
+
+} // namespace dravik::batch
