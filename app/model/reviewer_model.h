@@ -314,7 +314,10 @@ class ReviewerModel : public QObject {
     // file is unchanged, else decoded now. Throws the "Cannot load …" sentence.
     std::map<std::string, FramePhoto> photosFor(PhotoState& photos,
                                                 const dravik::ReviewDocument& document,
-                                                const std::vector<std::string>& frameIDs) const;
+                                                const std::vector<std::string>& frameIDs);
+    // A background decode of the frame asked for is not done again on the spot: withdrawn when
+    // still waiting, waited for and taken when already running.
+    void settleDecode(const std::string& frameID);
     // The frames whose photos are decoded in the background next: the neighbours of what is on
     // screen in sidebar order, nearest first.
     std::vector<std::string> neighbours() const;
@@ -354,6 +357,8 @@ class ReviewerModel : public QObject {
     ViewState view_;
     InteractionState interaction_;
     BatchLimits batchLimits_;
+    // Receives the background decodes, so that they can be taken early without anything else.
+    std::unique_ptr<QObject> decodeInbox_ = std::make_unique<QObject>();
     std::unique_ptr<JobQueue> decoder_; // last: its threads stop before the rest goes
 };
 

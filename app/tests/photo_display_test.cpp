@@ -35,7 +35,7 @@ TEST(PhotoCacheTest, WhatIsOnScreenStaysAndTheRestGivesWayLeastRecentlyUsedFirst
 
     // A sharper picture of the same file replaces the held one if room can be made; a blurrier
     // one is not taken, and one from a changed file always is.
-    EXPECT_TRUE(cache.insert("shown", picture(200, PhotoScale::half)));
+    EXPECT_TRUE(cache.insert("shown", picture(170, PhotoScale::half)));
     EXPECT_EQ(cache.find("shown")->photo.scale, PhotoScale::half);
     EXPECT_EQ(cache.size(), 1u); // everything unpinned gave way
     EXPECT_FALSE(cache.insert("shown", picture(100, PhotoScale::quarter)));

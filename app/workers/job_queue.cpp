@@ -50,9 +50,14 @@ std::vector<std::string> JobQueue::withdrawIf(const std::function<bool(const std
     return withdrawn;
 }
 
+void JobQueue::waitFor(const std::string& key) {
+    std::unique_lock lock(mutex_);
+    finished_.wait(lock, [&] { return !running_.contains(key); });
+}
+
 bool JobQueue::idle() const {
     const std::lock_guard lock(mutex_);
-    return waiting_.empty() && running_ == 0;
+    return waiting_.empty() && running_.empty();
 }
 
 void JobQueue::work(std::stop_token stop) {
@@ -60,7 +65,7 @@ void JobQueue::work(std::stop_token stop) {
     while (wake_.wait(lock, stop, [this] { return !waiting_.empty(); })) {
         Job job = std::move(waiting_.front());
         waiting_.pop_front();
-        ++running_;
+        const auto running = running_.insert(job.key);
         lock.unlock();
         try {
             job.run();
@@ -68,7 +73,8 @@ void JobQueue::work(std::stop_token stop) {
             // A job reports its own failures; one that throws must not take the thread with it.
         }
         lock.lock();
-        --running_;
+        running_.erase(running);
+        finished_.notify_all();
     }
 }
 

@@ -5,6 +5,7 @@
 #include <deque>
 #include <functional>
 #include <mutex>
+#include <set>
 #include <stop_token>
 #include <string>
 #include <thread>
@@ -33,6 +34,8 @@ class JobQueue {
     std::vector<std::string> submit(Job job);
     // Withdraws the waiting jobs whose key `drop` accepts and returns their keys.
     std::vector<std::string> withdrawIf(const std::function<bool(const std::string&)>& drop);
+    // Returns once no job under `key` is running.
+    void waitFor(const std::string& key);
     // Nothing waits and nothing runs.
     bool idle() const;
 
@@ -42,8 +45,9 @@ class JobQueue {
     const std::size_t capacity_;
     mutable std::mutex mutex_;
     std::condition_variable_any wake_;
+    std::condition_variable finished_;
     std::deque<Job> waiting_; // by priority
-    int running_ = 0;
+    std::multiset<std::string> running_;
     std::vector<std::jthread> threads_; // last: stopped and joined first
 };
 

@@ -3,13 +3,14 @@
 #include "photos/photo_decoding.h"
 #include "reviewer_model.h"
 
+#include <QCoreApplication>
 #include <algorithm>
 
 namespace tessary {
 
 std::map<std::string, FramePhoto>
 ReviewerModel::photosFor(PhotoState& photos, const dravik::ReviewDocument& document,
-                         const std::vector<std::string>& frameIDs) const {
+                         const std::vector<std::string>& frameIDs) {
     // Pinned with what is on screen while they are decoded, so that making room for one never
     // drops another; the caller pins what ends up on screen.
     const std::set<std::string> before = photos.cache.pinned();
@@ -24,6 +25,8 @@ ReviewerModel::photosFor(PhotoState& photos, const dravik::ReviewDocument& docum
             if (!frame || verified == photos.verified.end())
                 throw dravik::DravikError("No session is open.");
             photos.refused.erase(id);
+            if (&photos == &photos_)
+                settleDecode(id);
             const DecodedPhoto* held = photos.cache.find(id);
             if (held && stampNow(verified->second.file) == held->stamp) {
                 found.emplace(id, held->photo);
@@ -39,6 +42,17 @@ ReviewerModel::photosFor(PhotoState& photos, const dravik::ReviewDocument& docum
         throw;
     }
     return found;
+}
+
+void ReviewerModel::settleDecode(const std::string& frameID) {
+    if (!photos_.decoding.contains(frameID))
+        return;
+    if (!decoder_->withdrawIf([&](const std::string& key) { return key == frameID; }).empty()) {
+        photos_.decoding.erase(frameID);
+        return;
+    }
+    decoder_->waitFor(frameID);
+    QCoreApplication::sendPostedEvents(decodeInbox_.get(), QEvent::MetaCall);
 }
 
 double ReviewerModel::densityFor(const PhotoState& photos, const std::string& frameID) const {
@@ -120,7 +134,7 @@ void ReviewerModel::decodeInBackground(const std::string& frameID, dravik::Photo
             // Shown again, the frame is decoded on the spot and says what is wrong.
         }
         QMetaObject::invokeMethod(
-            this,
+            decodeInbox_.get(),
             [this, session, frameID, scale, decoded = std::move(decoded)] {
                 photoDecoded(session, frameID, scale, decoded);
             },
