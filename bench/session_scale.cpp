@@ -116,9 +116,12 @@ class StallMeter {
         timer_.setInterval(1);
         QObject::connect(&timer_, &QTimer::timeout, [this] {
             const auto now = Clock::now();
+            const double cpu = threadMilliseconds();
             worst_ = std::max(worst_,
                               std::chrono::duration<double, std::milli>(now - last_).count() - 1.0);
+            worstCpu_ = std::max(worstCpu_, cpu - lastCpu_);
             last_ = now;
+            lastCpu_ = cpu;
         });
     }
     void start() {
