@@ -3,6 +3,7 @@
 #include "gui_thread.h"
 #include "job_queue.h"
 
+#include <QCoreApplication>
 #include <QPainter>
 #include <cmath>
 #include <string>
@@ -15,6 +16,12 @@ namespace {
 // by each canvas is worth making.
 JobQueue& resampler() {
     static JobQueue queue(1, 4);
+    // Nothing may still be painting or posting once the application is gone.
+    static const bool drained = [] {
+        qAddPostRoutine([] { queue.drain(); });
+        return true;
+    }();
+    (void)drained;
     return queue;
 }
 

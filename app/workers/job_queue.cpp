@@ -55,6 +55,12 @@ void JobQueue::waitFor(const std::string& key) {
     finished_.wait(lock, [&] { return !running_.contains(key); });
 }
 
+void JobQueue::drain() {
+    std::unique_lock lock(mutex_);
+    waiting_.clear();
+    finished_.wait(lock, [&] { return running_.empty(); });
+}
+
 bool JobQueue::idle() const {
     const std::lock_guard lock(mutex_);
     return waiting_.empty() && running_.empty();

@@ -36,6 +36,8 @@ class JobQueue {
     std::vector<std::string> withdrawIf(const std::function<bool(const std::string&)>& drop);
     // Returns once no job under `key` is running.
     void waitFor(const std::string& key);
+    // Drops what waits and returns once nothing runs.
+    void drain();
     // Nothing waits and nothing runs.
     bool idle() const;
 
