@@ -12,13 +12,13 @@
 #include "dravik/review.h"
 #include "dravik/store.h"
 #include "samplegen.h"
+#include "session_open_floor.h"
 
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
-#include <openssl/evp.h>
 #include <stdexcept>
 #include <string>
 #include <sys/resource.h>
@@ -88,31 +88,6 @@ template <class Work> Timing timed(Work work) {
     const auto start = Clock::now();
     work();
     return {since(start), cpuSeconds() - cpu};
-}
-
-std::string sha256(const fs::path& file, std::vector<char>& buffer) {
-    std::ifstream in(file, std::ios::binary);
-    EVP_MD_CTX* context = EVP_MD_CTX_new();
-    EVP_DigestInit_ex(context, EVP_sha256(), nullptr);
-    while (in.read(buffer.data(), static_cast<std::streamsize>(buffer.size())) || in.gcount() > 0)
-        EVP_DigestUpdate(context, buffer.data(), static_cast<std::size_t>(in.gcount()));
-    unsigned char digest[EVP_MAX_MD_SIZE];
-    unsigned int length = 0;
-    EVP_DigestFinal_ex(context, digest, &length);
-    EVP_MD_CTX_free(context);
-    static const char* hex = "0123456789abcdef";
-    std::string text = "sha256:";
-    for (unsigned int i = 0; i < length; ++i)
-        text += {hex[digest[i] >> 4], hex[digest[i] & 15]};
-    return text;
-}
-
-// The floor: every file read and hashed on this thread, through one reused buffer.
-void hashOnOneCore(const std::vector<fs::path>& files) {
-    std::vector<char> buffer(1 << 20);
-    for (const fs::path& file : files)
-        if (sha256(file, buffer).empty())
-            throw std::runtime_error("cannot hash " + file.string());
 }
 
 // Generates the distinct photos once (kept between runs) and lays out the session of copies.
@@ -201,7 +176,7 @@ int run(const Settings& settings) {
                 files.size(), size.width, size.height, settings.distinct, bytes / 1e6,
                 std::thread::hardware_concurrency());
 
-    hashOnOneCore(files); // unmeasured: both find every file in the page cache
+    tessary::bench::hashOnOneCore(files); // unmeasured: both find every file in the page cache
     std::vector<double> floors, verifies, ratios, cpuRatios;
     double verifyPeak = 0;
     std::printf("load average %s at the start\n\n"
@@ -213,7 +188,7 @@ int run(const Settings& settings) {
         // Alternated, so that neither always runs on a machine just warmed by the other.
         for (int turn = 0; turn < 2; ++turn) {
             if ((turn == 0) == (run % 2 == 1)) {
-                floor = timed([&] { hashOnOneCore(files); });
+                floor = timed([&] { tessary::bench::hashOnOneCore(files); });
             } else {
                 peakMiB(true);
                 verify = timed([&] {

@@ -64,4 +64,25 @@ std::vector<std::vector<std::uint8_t>> decodeOnOneCore(const std::vector<FloorPh
     return panels;
 }
 
+std::uint64_t hashOnOneCore(const std::vector<std::filesystem::path>& files) {
+    std::vector<char> buffer(1 << 20);
+    std::uint64_t seen = 0;
+    EVP_MD_CTX* context = EVP_MD_CTX_new();
+    for (const std::filesystem::path& file : files) {
+        std::ifstream in(file, std::ios::binary);
+        if (!in)
+            throw std::runtime_error("cannot read " + file.string());
+        EVP_DigestInit_ex(context, EVP_sha256(), nullptr);
+        while (in.read(buffer.data(), static_cast<std::streamsize>(buffer.size())) ||
+               in.gcount() > 0)
+            EVP_DigestUpdate(context, buffer.data(), static_cast<std::size_t>(in.gcount()));
+        unsigned char digest[EVP_MAX_MD_SIZE];
+        unsigned int length = 0;
+        EVP_DigestFinal_ex(context, digest, &length);
+        seen ^= digest[0];
+    }
+    EVP_MD_CTX_free(context);
+    return seen;
+}
+
 } // namespace tessary::bench

@@ -17,4 +17,8 @@ struct FloorPhoto {
 // SHA-256 it, decode its panel with libjpeg-turbo's partial decode. Returns the panels.
 std::vector<std::vector<std::uint8_t>> decodeOnOneCore(const std::vector<FloorPhoto>& photos);
 
+// The floor of verifying photos: each file read and hashed with SHA-256 on this thread, through
+// one reused buffer. Returns the digests' first bytes, so that the work cannot be left out.
+std::uint64_t hashOnOneCore(const std::vector<std::filesystem::path>& files);
+
 } // namespace tessary::bench

@@ -24,7 +24,7 @@ double distance(const dravik::Point2& a, const dravik::Point2& b) {
 JointCanvasView::JointCanvasView(ReviewerModel& model, std::string frameID, dravik::Uuid generation,
                                  QWidget* parent)
     : QWidget(parent), model_(&model), frameID_(std::move(frameID)),
-      generation_(std::move(generation)) {
+      generation_(std::move(generation)), photo_([this] { update(); }) {
     // Reachable with Tab, so the arrow keys nudge without a click first.
     setFocusPolicy(Qt::StrongFocus);
     // The line being placed follows the pointer between its two clicks.
@@ -64,22 +64,26 @@ void JointCanvasView::paintEvent(QPaintEvent* event) {
         return;
     painter.setClipRect(exposed);
     const dravik::ReviewFrame* frame = model_ ? model_->frame(frameID_) : nullptr;
-    if (!frame || !model_->images().count(frameID_)) {
+    auto held = frame ? model_->images().find(frameID_) : decltype(model_->images().end()){};
+    if (!frame || held == model_->images().end() || held->second.image.isNull()) {
         painter.fillRect(exposed, palette().color(QPalette::Window));
         return;
     }
 
+    // The picture shows what it covers, the panel grown to its decode's grid.
+    const FramePhoto& photo = held->second;
     const qreal ratio = devicePixelRatioF();
-    const QImage& photo = photo_.at(model_->images().at(frameID_),
-                                    QSize(qRound(width() * ratio), qRound(height() * ratio)));
-    if (photo.isNull()) {
-        painter.fillRect(exposed, palette().color(QPalette::Window));
-    } else {
-        // Only the exposed part is copied, 1:1 from the pre-scaled photo.
-        const QRectF source(exposed.x() * ratio, exposed.y() * ratio, exposed.width() * ratio,
-                            exposed.height() * ratio);
-        painter.drawImage(QRectF(exposed), photo, source);
-    }
+    const QRectF target((photo.covers.x - frame->panel.x) * scale_,
+                        (photo.covers.y - frame->panel.y) * scale_, photo.covers.width * scale_,
+                        photo.covers.height * scale_);
+    const bool fromCopy = photo_.paint(painter, exposed, photo.image, target,
+                                       visibleRegion().boundingRect(), size(), ratio);
+    painted_ = {photo.image.cacheKey(),
+                photo.scale == dravik::PhotoScale::full ||
+                    photo.image.width() >= 0.99 * target.width() * ratio,
+                fromCopy};
+    // What is drawn decides what is wanted: a sharper picture arrives as imagesChanged.
+    model_->requestPhotoDetail(frameID_, scale_ * ratio);
 
     painter.setRenderHint(QPainter::Antialiasing);
     std::optional<JointPreview> preview;

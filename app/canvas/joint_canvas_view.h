@@ -36,6 +36,15 @@ class JointCanvasView : public QWidget {
     // A mouse button is down since a press this canvas took.
     bool isTracking() const { return tracking_; }
 
+    // The photo as it was last painted: which picture, whether it had the detail the canvas
+    // asked for, and whether it came from the display copy alone.
+    struct PaintedPhoto {
+        qint64 photoKey = 0;
+        bool detailed = false;
+        bool fromCopy = false;
+    };
+    const PaintedPhoto& painted() const { return painted_; }
+
     // Joint and lean handle hit radii, in view points.
     static constexpr double jointReach = 14.0;
     static constexpr double handleReach = 18.0;
@@ -96,6 +105,7 @@ class JointCanvasView : public QWidget {
     double scale_ = 1.0;
     bool tracking_ = false;
     ScaledPhoto photo_;
+    PaintedPhoto painted_;
     Gesture gesture_;
     std::optional<dravik::Point2> pointer_; // in source pixels, while the mouse is over the photo
 };

@@ -1,26 +1,130 @@
 #include "scaled_photo.h"
 
+#include "gui_thread.h"
+#include "job_queue.h"
+
+#include <QCoreApplication>
+#include <QPainter>
+#include <cmath>
+#include <string>
+
 namespace tessary {
 
-const QImage& ScaledPhoto::at(const QImage& photo, QSize size) {
-    if (photo.isNull() || size.isEmpty()) {
-        scaled_ = QImage();
-        photoKey_ = 0;
-        size_ = QSize();
-        return scaled_;
+namespace {
+
+// One thread for every canvas: a copy takes tens of milliseconds, and only the newest asked for
+// by each canvas is worth making.
+JobQueue& resampler() {
+    static JobQueue queue(1, 4);
+    // Nothing may still be painting or posting once the application is gone.
+    static const bool drained = [] {
+        qAddPostRoutine([] { queue.drain(); });
+        return true;
+    }();
+    (void)drained;
+    return queue;
+}
+
+QRect deviceRect(const QRectF& points, qreal ratio) {
+    return QRectF(points.x() * ratio, points.y() * ratio, points.width() * ratio,
+                  points.height() * ratio)
+        .toAlignedRect();
+}
+
+} // namespace
+
+struct ScaledPhoto::Channel {
+    std::function<void(Copy)> deliver;
+};
+
+ScaledPhoto::ScaledPhoto(std::function<void()> arrived) : channel_(std::make_shared<Channel>()) {
+    channel_->deliver = [this, arrived = std::move(arrived)](Copy copy) {
+        if (!asked_ || !asked_->sameView(copy.source) || asked_->region != copy.source.region)
+            return; // asked for something else since
+        asked_.reset();
+        copy_ = std::move(copy);
+        arrived();
+    };
+}
+
+ScaledPhoto::~ScaledPhoto() {
+    const std::string key = std::to_string(reinterpret_cast<std::uintptr_t>(this));
+    resampler().withdrawIf([&](const std::string& waiting) { return waiting == key; });
+}
+
+bool ScaledPhoto::paint(QPainter& painter, const QRect& exposed, const QImage& photo,
+                        const QRectF& target, const QRect& visible, QSize canvas, qreal ratio) {
+    // A quarter of the view around what is visible, so that a short scroll stays sharp.
+    const QRect around = visible.adjusted(-visible.width() / 4, -visible.height() / 4,
+                                          visible.width() / 4, visible.height() / 4);
+    const Source wanted{photo.cacheKey(), target, ratio,
+                        deviceRect(around & QRect(QPoint(0, 0), canvas), ratio)};
+    const QRect exposedDevice = deviceRect(exposed, ratio);
+    const bool current = copy_ && copy_->source.sameView(wanted);
+    const bool covered = current && copy_->source.region.contains(exposedDevice);
+    if (!covered) {
+        // The best there is, scaled: smoothly when it is enlarged, where blocks would show.
+        painter.save();
+        painter.setRenderHint(QPainter::SmoothPixmapTransform,
+                              photo.width() < target.width() * ratio);
+        painter.drawImage(target, photo);
+        painter.restore();
     }
-    if (photo.cacheKey() == photoKey_ && size == size_ && !scaled_.isNull())
-        return scaled_;
-    // Opaque 32-bit rows are what the raster engine copies fastest.
-    QImage source = photo.format() == QImage::Format_RGB32
-                        ? photo
-                        : photo.convertToFormat(QImage::Format_RGB32);
-    scaled_ = source.size() == size
-                  ? source
-                  : source.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-    photoKey_ = photo.cacheKey();
-    size_ = size;
-    return scaled_;
+    if (current) {
+        const QRect part = exposedDevice & copy_->source.region;
+        painter.drawImage(
+            QRectF(part.x() / ratio, part.y() / ratio, part.width() / ratio, part.height() / ratio),
+            copy_->image, QRectF(part.translated(-copy_->source.region.topLeft())));
+    }
+    const bool askedAlready =
+        asked_ && asked_->sameView(wanted) && asked_->region.contains(deviceRect(visible, ratio));
+    if (!(current && copy_->source.region.contains(deviceRect(visible, ratio))) && !askedAlready &&
+        !wanted.region.isEmpty())
+        ask(photo, wanted);
+    return covered;
+}
+
+void ScaledPhoto::ask(const QImage& photo, const Source& wanted) {
+    asked_ = wanted;
+    std::weak_ptr<Channel> channel = channel_;
+    auto make = [photo, wanted, channel] {
+        QImage image(wanted.region.size(), QImage::Format_RGB32);
+        image.fill(Qt::black);
+        QPainter painter(&image);
+        painter.setRenderHint(QPainter::SmoothPixmapTransform);
+        const QRectF device(wanted.target.x() * wanted.ratio - wanted.region.x(),
+                            wanted.target.y() * wanted.ratio - wanted.region.y(),
+                            wanted.target.width() * wanted.ratio,
+                            wanted.target.height() * wanted.ratio);
+        const double perX = photo.width() / device.width();
+        const double perY = photo.height() / device.height();
+        if (perX < 2 && perY < 2) {
+            painter.drawImage(device, photo); // the copy's bounds clip it to the region
+        } else {
+            // Much larger than wanted: bilinear sampling would skip pixels, so the part under
+            // the region is averaged down first.
+            const QRect under = QRectF(-device.x() * perX, -device.y() * perY, image.width() * perX,
+                                       image.height() * perY)
+                                    .toAlignedRect()
+                                    .adjusted(-2, -2, 2, 2) &
+                                photo.rect();
+            const QImage view(photo.constBits() + under.y() * photo.bytesPerLine() +
+                                  under.x() * (photo.depth() / 8),
+                              under.width(), under.height(), photo.bytesPerLine(), photo.format());
+            const QSize shrunk(static_cast<int>(std::ceil(under.width() / perX)),
+                               static_cast<int>(std::ceil(under.height() / perY)));
+            painter.drawImage(QRectF(device.x() + under.x() / perX, device.y() + under.y() / perY,
+                                     under.width() / perX, under.height() / perY),
+                              view.scaled(shrunk, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
+        }
+        painter.end();
+        onGuiThread([channel, copy = Copy{wanted, std::move(image)}] {
+            if (auto open = channel.lock())
+                open->deliver(copy);
+        });
+    };
+    resampler().submit(
+        {std::to_string(reinterpret_cast<std::uintptr_t>(this)), 0, std::move(make)});
 }
 
 } // namespace tessary

@@ -1,21 +1,57 @@
 #pragma once
 
 #include <QImage>
+#include <QRect>
+#include <QRectF>
 #include <QSize>
+#include <functional>
+#include <memory>
+#include <optional>
+
+class QPainter;
 
 namespace tessary {
 
-// A photo resampled once to the size it is drawn at, so that painting is a plain copy of the
-// exposed rectangle instead of a resample of a large photo on every frame.
+// How a canvas draws its photo without resampling it on the GUI thread. Painting copies from a
+// display copy: the part of the photo around what is visible, resampled smoothly to device
+// pixels on a worker thread. Until the copy for the current photo, scale and scroll position is
+// there, the photo itself is drawn scaled and the copy is asked for; `arrived` is called on the
+// GUI thread when it comes.
 class ScaledPhoto {
   public:
-    // The photo at `size` device pixels; rebuilt only when the photo or the size changes.
-    const QImage& at(const QImage& photo, QSize size);
+    explicit ScaledPhoto(std::function<void()> arrived);
+    ~ScaledPhoto();
+    ScaledPhoto(const ScaledPhoto&) = delete;
+    ScaledPhoto& operator=(const ScaledPhoto&) = delete;
+
+    // Draws the part in `exposed` of `photo`, whose whole image lands on `target`; all in canvas
+    // points. `visible` is the part of the canvas on screen, `canvas` its size. True when it was
+    // drawn from the display copy alone.
+    bool paint(QPainter& painter, const QRect& exposed, const QImage& photo, const QRectF& target,
+               const QRect& visible, QSize canvas, qreal ratio);
 
   private:
-    qint64 photoKey_ = 0;
-    QSize size_;
-    QImage scaled_;
+    // What a display copy is made from; the region is in device pixels of the canvas.
+    struct Source {
+        qint64 photoKey = 0;
+        QRectF target;
+        qreal ratio = 0;
+        QRect region;
+        bool sameView(const Source& other) const {
+            return photoKey == other.photoKey && target == other.target && ratio == other.ratio;
+        }
+    };
+    struct Copy {
+        Source source;
+        QImage image;
+    };
+    struct Channel; // outlived safely by the worker making a copy
+
+    void ask(const QImage& photo, const Source& wanted);
+
+    std::shared_ptr<Channel> channel_;
+    std::optional<Copy> copy_;
+    std::optional<Source> asked_;
 };
 
 } // namespace tessary

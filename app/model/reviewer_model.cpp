@@ -2,14 +2,18 @@
 
 #include "dravik/joints.h"
 #include "environment/fresh_uuid.h"
+#include "job_queue.h"
 
+#include <QThread>
 #include <algorithm>
 #include <utility>
 
 namespace tessary {
 
 ReviewerModel::ReviewerModel(Bundle bundle, std::shared_ptr<FileChooser> chooser, QObject* parent)
-    : QObject(parent), bundle_(std::move(bundle)), chooser_(std::move(chooser)) {
+    : QObject(parent), bundle_(std::move(bundle)), chooser_(std::move(chooser)),
+      // One core is left to the window; the queue holds no more than a few steps' neighbours.
+      decoder_(std::make_unique<JobQueue>(std::max(1, QThread::idealThreadCount() - 1), 8)) {
     interaction_.canvasGeneration = freshUuid();
     session_.sessionID = freshUuid();
 }
@@ -61,14 +65,18 @@ void ReviewerModel::setSnapshot(Snapshot snapshot) {
     mark(snapshotChange);
 }
 
-void ReviewerModel::setImages(FramePhotos photos) {
+void ReviewerModel::setImages(std::map<std::string, FramePhoto> photos) {
     // A photo kept on screen is the same shared picture, which views need not redraw.
-    const bool same =
-        std::equal(photos_.images.begin(), photos_.images.end(), photos.images.begin(),
-                   photos.images.end(), [](const auto& a, const auto& b) {
-                       return a.first == b.first && a.second.cacheKey() == b.second.cacheKey();
-                   });
-    photos_ = std::move(photos);
+    const bool same = std::equal(photos_.shown.begin(), photos_.shown.end(), photos.begin(),
+                                 photos.end(), [](const auto& a, const auto& b) {
+                                     return a.first == b.first &&
+                                            a.second.image.cacheKey() == b.second.image.cacheKey();
+                                 });
+    std::set<std::string> onScreen;
+    for (const auto& [id, photo] : photos)
+        onScreen.insert(id);
+    photos_.cache.pin(onScreen);
+    photos_.shown = std::move(photos);
     if (!same)
         mark(imagesChange);
 }

@@ -13,10 +13,10 @@
 #include "environment/bundle.h"
 #include "environment/file_chooser.h"
 #include "exporting/report_source.h"
-#include "opening/photo_loading.h"
 #include "opening/review_preset.h"
 #include "state/interaction_state.h"
 #include "state/lean_edit_target.h"
+#include "state/photo_state.h"
 #include "state/presentation.h"
 #include "state/review_undo.h"
 #include "state/session_state.h"
@@ -38,6 +38,8 @@
 #include <vector>
 
 namespace tessary {
+
+class JobQueue;
 
 // The one observable model of the review window. Every field is read and written on the GUI
 // thread. Each operation changes the state first and signals afterwards, once per concern, so a
@@ -68,7 +70,8 @@ class ReviewerModel : public QObject {
     bool compare() const { return view_.compare; }
     bool showMarkers() const { return view_.showMarkers; }
     bool inspectorVisible() const { return view_.inspectorVisible; }
-    const std::map<std::string, QImage>& images() const { return photos_.images; }
+    // The photos on screen by frame id, each at the sharpest resolution decoded so far.
+    const std::map<std::string, FramePhoto>& images() const { return photos_.shown; }
     const dravik::Uuid& canvasGeneration() const { return interaction_.canvasGeneration; }
     const std::optional<dravik::ReviewEditTarget>& previewTarget() const {
         return interaction_.previewTarget;
@@ -155,6 +158,19 @@ class ReviewerModel : public QObject {
     const dravik::CoachingChecklistReview* currentCoachingChecklist() const;
     bool isUnsaved() const;
     bool hasPreview() const;
+
+    // Decoded photos (photos/photo_display.cpp). Opening verifies every photo and decodes only
+    // the ones shown; the rest are decoded when first shown, or before that in the background for
+    // the neighbours of the frames on screen, and kept within a budget of decoded bytes.
+    //
+    // A canvas shows `frameID` at `density` device pixels per source pixel: when the picture held
+    // is coarser, a sharper one is decoded in the background and announced by imagesChanged.
+    void requestPhotoDetail(const std::string& frameID, double density);
+    std::uint64_t photoBudget() const { return photoBudget_; }
+    void setPhotoBudget(std::uint64_t bytes);
+    std::uint64_t photoBytes() const { return photos_.cache.bytes(); }
+    // Background decodes asked for whose pictures have not arrived yet.
+    bool isDecodingPhotos() const { return !photos_.decoding.empty(); }
 
     // Opening sessions (opening/session_opening.cpp).
     void loadPresets();
@@ -301,7 +317,7 @@ class ReviewerModel : public QObject {
     }
 
     void setSnapshot(Snapshot snapshot);
-    void setImages(FramePhotos photos);
+    void setImages(std::map<std::string, FramePhoto> photos);
     void setMessage(const std::string& text);
     void setError(const std::string& text);
     void pushUndo(ReviewUndo entry);
@@ -326,8 +342,24 @@ class ReviewerModel : public QObject {
     // success the file holds what this window holds; on failure `error` and `message` say why.
     bool writeReview(std::shared_ptr<const dravik::ReviewDocument> document,
                      std::optional<std::int64_t> expected);
-    // The photos of these frames; a photo on screen whose file is unchanged is not decoded again.
-    FramePhotos photosFor(const std::vector<std::string>& frameIDs) const;
+    // The photos of these frames for the screen (photos/photo_display.cpp): a picture held whose
+    // file is unchanged, else decoded now. Throws the "Cannot load …" sentence.
+    std::map<std::string, FramePhoto> photosFor(PhotoState& photos,
+                                                const dravik::ReviewDocument& document,
+                                                const std::vector<std::string>& frameIDs);
+    // A background decode of the frame asked for is not done again on the spot: withdrawn when
+    // still waiting, waited for and taken when already running.
+    void settleDecode(const std::string& frameID);
+    // The frames whose photos are decoded in the background next: the neighbours of what is on
+    // screen in sidebar order, nearest first.
+    std::vector<std::string> neighbours() const;
+    // Prefetches the neighbours and drops waiting decodes nobody needs any more.
+    void prefetchNeighbours();
+    double densityFor(const PhotoState& photos, const std::string& frameID) const;
+    void decodeInBackground(const std::string& frameID, dravik::PhotoScale scale, int priority);
+    void photoDecoded(const dravik::Uuid& session, const std::string& frameID,
+                      dravik::PhotoScale scale, std::optional<DecodedPhoto> decoded);
+    void withdrawDecodes(const std::set<std::string>& keep);
     // Navigates to `frameID`, with its pair's photos in Compare mode and a snapshot of `document`.
     // All or nothing: a photo or analysis failure sets `error` and changes nothing else (false).
     bool show(const std::string& frameID, bool compare,
@@ -345,7 +377,10 @@ class ReviewerModel : public QObject {
     std::vector<std::string> discoveryFailures_;
     bool discoveryStarted_ = false;
     std::optional<Snapshot> snapshot_;
-    FramePhotos photos_;
+    PhotoState photos_;
+    std::uint64_t photoBudget_ = PhotoCache::defaultBudget;
+    // The density an automatically framed canvas asked for last: how new frames are decoded.
+    std::optional<double> learnedDensity_;
     std::optional<std::int64_t> savedRevision_;
     // What this window last read from or wrote to the review file: a merge's base.
     std::shared_ptr<const dravik::ReviewDocument> savedDocument_;
@@ -357,6 +392,9 @@ class ReviewerModel : public QObject {
     ViewState view_;
     InteractionState interaction_;
     BatchLimits batchLimits_;
+    // Receives the background decodes, so that they can be taken early without anything else.
+    std::unique_ptr<QObject> decodeInbox_ = std::make_unique<QObject>();
+    std::unique_ptr<JobQueue> decoder_; // last: its threads stop before the rest goes
 };
 
 } // namespace tessary

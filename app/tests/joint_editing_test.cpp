@@ -224,9 +224,9 @@ TEST_F(ModelTest, NavigationStaysWithinTheSessionAndDecodesOnlyPhotosThatChanged
                                "remains available.");
 
     model.selectPair("turn-3");
-    const auto shown = model.images().at(alex3).cacheKey();
+    const auto shown = model.images().at(alex3).image.cacheKey();
     model.setCompare(true); // the photo on screen stays; the reference rider's is decoded
-    EXPECT_EQ(model.images().at(alex3).cacheKey(), shown);
+    EXPECT_EQ(model.images().at(alex3).image.cacheKey(), shown);
     EXPECT_EQ(model.visibleIDs(), (std::vector<std::string>{alex3, sam3}));
     EXPECT_EQ(model.images().size(), 2u);
     EXPECT_EQ(model.report()->pairID, "turn-3");
@@ -239,7 +239,7 @@ TEST_F(ModelTest, NavigationStaysWithinTheSessionAndDecodesOnlyPhotosThatChanged
                              "reanalyze before applying corrections. Previous selection "
                              "preserved.");
     EXPECT_TRUE(model.compare());
-    EXPECT_EQ(model.images().at(alex3).cacheKey(), shown);
+    EXPECT_EQ(model.images().at(alex3).image.cacheKey(), shown);
 
     model.clearError();
     model.activate(sam3);

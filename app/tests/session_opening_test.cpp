@@ -52,8 +52,8 @@ TEST_F(ModelTest, OpensChosenRawDetectionsAndReopensASavedReview) {
               "Raw detections loaded \u00b7 nothing reviewed yet" + framingUnavailable);
     EXPECT_EQ(model.savedRevision(), std::nullopt);
     EXPECT_EQ(model.activeFrameID(), alex3);
-    EXPECT_EQ(model.images().size(), 3u);
-    const QImage& photo = model.images().at(alex3);
+    EXPECT_EQ(model.images().size(), 1u); // the others are decoded when shown
+    const QImage& photo = model.images().at(alex3).image;
     EXPECT_EQ(photo.width(), static_cast<int>(frameOf(alex3).panel.width));
     EXPECT_EQ(photo.format(), QImage::Format_RGB888);
     ASSERT_NE(model.report(), nullptr); // the starting frame's pair is analysed
@@ -101,7 +101,7 @@ TEST_F(ModelTest, AFailedOpenLeavesTheOpenSessionUntouched) {
     // Everything the reviewer sees of the open session.
     const auto state = [&] {
         return std::tuple(model.snapshot()->documentPointer, model.sessionID(), model.message(),
-                          model.images().size(), model.images().at(alex3).cacheKey(),
+                          model.images().size(), model.images().at(alex3).image.cacheKey(),
                           model.undoStack(), model.activeFrameID(), model.leanProposals().size());
     };
     const auto before = state();

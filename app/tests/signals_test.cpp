@@ -72,8 +72,8 @@ const std::vector<Channel>& channels() {
         {"images", &ReviewerModel::imagesChanged,
          [](const ReviewerModel& m) {
              std::string seen;
-             for (const auto& [id, image] : m.images())
-                 seen += id + ":" + std::to_string(image.cacheKey()) + ";";
+             for (const auto& [id, photo] : m.images())
+                 seen += id + ":" + std::to_string(photo.image.cacheKey()) + ";";
              return seen;
          }},
         {"view options", &ReviewerModel::viewOptionsChanged,

@@ -3,6 +3,8 @@
 #include "dravik/geometry.h"
 
 #include <filesystem>
+#include <functional>
+#include <string>
 #include <string_view>
 
 namespace tessary::samplegen {
@@ -28,6 +30,14 @@ struct Options {
 // Every rider gets a "3D" and a "2D" result: the drawn skeleton with a few pixels of noise.
 // The same options always give the same bytes.
 void writeSession(const std::filesystem::path& folder, const Options& options);
+
+// A session of `photos` rider photos in `folder`, made of copies of the photos of the session in
+// `source`, taken in turn: each copy a file of its own under its own name, with the original's
+// detections. For sessions larger than it is worth generating. `alter`, when given, may change a
+// copy's bytes (the copy's index from 0) before they are written and hashed.
+using AlterCopy = std::function<void(int index, std::string& bytes)>;
+void writeCopiedSession(const std::filesystem::path& source, const std::filesystem::path& folder,
+                        int photos, const AlterCopy& alter = {});
 
 // Photo size for a pixel budget, at 3:2.
 dravik::ImageSize photoSize(double megapixels);

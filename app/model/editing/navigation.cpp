@@ -5,24 +5,14 @@
 
 namespace tessary {
 
-FramePhotos ReviewerModel::photosFor(const std::vector<std::string>& frameIDs) const {
-    const dravik::ReviewDocument* current = document();
-    if (!current || !session_.manifestURL)
-        throw dravik::DravikError("No session is open.");
-    std::vector<dravik::ReviewFrame> frames;
-    for (const std::string& id : frameIDs)
-        if (const dravik::ReviewFrame* frame = current->frame(id))
-            frames.push_back(*frame);
-    return loadPhotos(frames, current->identity(), *session_.manifestURL, photos_);
-}
-
 bool ReviewerModel::show(const std::string& frameID, bool compare,
                          std::shared_ptr<const dravik::ReviewDocument> document) {
     const auto framePair = pairOf(frameID);
-    FramePhotos loaded;
+    std::map<std::string, FramePhoto> loaded;
     Snapshot next;
     try {
-        loaded = photosFor(compare && framePair ? framePair->frameIDs
+        loaded = photosFor(photos_, *document,
+                           compare && framePair ? framePair->frameIDs
                                                 : std::vector<std::string>{frameID});
         next = snapshotOf(std::move(document),
                           framePair ? std::optional(framePair->id) : std::nullopt);
@@ -35,6 +25,7 @@ bool ReviewerModel::show(const std::string& frameID, bool compare,
     assign(view_.compare, compare, navigationChange);
     assign(view_.activeFrameID, std::optional(frameID), navigationChange);
     setSnapshot(std::move(next));
+    prefetchNeighbours();
     return true;
 }
 

@@ -2,6 +2,7 @@
 #include "editing/snapshot_building.h"
 #include "environment/fresh_uuid.h"
 #include "opening/session_reading.h"
+#include "photos/photo_decoding.h"
 #include "reviewer_model.h"
 
 namespace tessary {
@@ -49,11 +50,14 @@ void ReviewerModel::load(const fs::path& manifest, const fs::path& results) {
 void ReviewerModel::reopen(const fs::path& manifest, const fs::path& results) {
     SignalHold hold(*this);
     SessionRead read;
-    FramePhotos photos;
+    PhotoState photos;
+    std::map<std::string, FramePhoto> shown;
     Snapshot snapshot;
     try {
         read = readSession(manifest, results);
-        photos = loadPhotos(read.document->frames(), read.document->identity(), manifest);
+        // Every photo is checked now; only the first one shown is decoded.
+        photos = verifyPhotos(*read.document, manifest, photoBudget_);
+        shown = photosFor(photos, *read.document, {read.startFrameID});
         snapshot = buildSnapshot(read.document, read.startPairID, read.proposals);
     } catch (const std::exception& failure) {
         setError(failure.what());
@@ -68,7 +72,9 @@ void ReviewerModel::reopen(const fs::path& manifest, const fs::path& results) {
     assign(unsavedEdits_, 0, savedRevisionChange);
     cancelInteraction();
     assign(view_.compare, false, navigationChange);
-    setImages(std::move(photos));
+    withdrawDecodes({});
+    photos_ = std::move(photos);
+    setImages(std::move(shown));
     session_ = SessionState{
         freshUuid(), read.title, manifest, read.reviewFile, std::move(read.companions),
         session_.leanProposals, results};
@@ -89,6 +95,7 @@ void ReviewerModel::reopen(const fs::path& manifest, const fs::path& results) {
     if (view_.leanMode)
         assign(view_.showMarkers, false, viewOptionsChange);
     setMessage(opened);
+    prefetchNeighbours();
 }
 
 } // namespace tessary

@@ -31,6 +31,13 @@ fs::path bundled() {
     return generated("bundled", options);
 }
 
+fs::path smallPhotos() {
+    samplegen::Options options;
+    options.photos = 4;
+    options.megapixels = 0.2;
+    return generated("small", options);
+}
+
 } // namespace
 
 TemporaryFolder::TemporaryFolder() {
@@ -89,9 +96,15 @@ SessionFiles bundledSession(const fs::path& folder, bool companions) {
     return {folder, folder / "session.json", folder / "results.json"};
 }
 
+SessionFiles copiedSession(const fs::path& folder, int photos, const samplegen::AlterCopy& alter) {
+    samplegen::writeCopiedSession(smallPhotos(), folder, photos, alter);
+    return {folder, folder / "session.json", folder / "results.json"};
+}
+
 void regenerateSessions() {
     fs::remove_all(TESSARY_APP_TEST_SESSIONS);
     bundled();
+    smallPhotos();
 }
 
 ModelTest::ModelTest()

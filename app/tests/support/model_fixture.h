@@ -3,6 +3,7 @@
 #include "dravik/review.h"
 #include "environment/file_chooser.h"
 #include "reviewer_model.h"
+#include "samplegen.h"
 
 #include <deque>
 #include <filesystem>
@@ -55,6 +56,10 @@ struct SessionFiles {
 // (Alex alone), copied into `folder`. Its companion files (lean proposals, framing, coaching)
 // only when asked for: most tests want the bare photos and detections.
 SessionFiles bundledSession(const fs::path& folder, bool companions = false);
+// `photos` unpaired subject photos "copy-001-rider.jpg"… of 0.2 MP, copies of four generated
+// ones; `alter` may change a copy's bytes before it is hashed into the session.
+SessionFiles copiedSession(const fs::path& folder, int photos,
+                           const samplegen::AlterCopy& alter = {});
 // Generates the sessions the tests copy, replacing any left by an earlier build.
 void regenerateSessions();
 

@@ -1,4 +1,4 @@
-#include "opening/image_conversion.h"
+#include "photos/image_conversion.h"
 
 #include <memory>
 #include <vector>
