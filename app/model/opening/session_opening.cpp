@@ -52,7 +52,7 @@ void ReviewerModel::load(const fs::path& manifest, const fs::path& results) {
         photos = loadPhotos(read.document->frames(), read.document->identity(), manifest);
         snapshot = buildSnapshot(read.document, read.startPairID, read.proposals);
     } catch (const std::exception& failure) {
-        setError(failure.what());
+        setError(namingSession(failure.what(), manifest));
         return;
     }
 
@@ -63,8 +63,9 @@ void ReviewerModel::load(const fs::path& manifest, const fs::path& results) {
     cancelInteraction();
     assign(view_.compare, false, navigationChange);
     setImages(std::move(photos));
-    session_ = SessionState{freshUuid(), manifest, read.reviewFile, std::move(read.companions),
-                            session_.leanProposals};
+    session_ = SessionState{
+        freshUuid(), manifest, read.reviewFile, std::move(read.companions), session_.leanProposals,
+        results};
     view_.viewportCenters.clear();
     mark(sessionChange);
 

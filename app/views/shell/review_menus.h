@@ -17,6 +17,8 @@ class ReviewMenus : public QObject {
     ReviewMenus(QMainWindow& window, ReviewerModel& model);
 
     QAction* openSession() const { return open_; }
+    QAction* importPhotoFolder() const { return import_; }
+    QAction* arrangeSession() const { return arrange_; }
     QAction* saveReview() const { return save_; }
     QAction* undoReviewEdit() const { return undo_; }
 
@@ -25,6 +27,8 @@ class ReviewMenus : public QObject {
 
     ReviewerModel& model_;
     QAction* open_;
+    QAction* import_;
+    QAction* arrange_;
     QAction* save_;
     QAction* undo_;
 };
