@@ -264,19 +264,6 @@ TEST_F(ModelTest, ListenersSeeEveryChangeOnceAndOnlyWhenItIsComplete) {
     });
     listener.step("discovery ends",
                   [&] { ASSERT_TRUE(waitUntil([&] { return !model.isDiscovering(); })); });
-    {
-        const fs::path resource = Bundle(temp.path() / "bundle").resourcePath("data-directory.txt");
-        fs::create_directories(resource.parent_path());
-        std::ofstream(resource) << (temp.path() / "data").string();
-        writePhoto(temp.path() / "chosen" / "a.png", 1);
-        std::ofstream(temp.path() / "chosen" / "b.heic") << "not a photo Tessary reads";
-        chooser->answers.push_back(temp.path() / "chosen");
-    }
-    listener.step("import starts", [&] { model.importPhotoFolder(); });
-    listener.step("import ends", [&] {
-        ASSERT_TRUE(waitUntil([&] { return !model.isDiscovering(); }));
-        EXPECT_EQ(model.unusablePhotos().size(), 1u);
-    });
     listener.step("reopen with companions", [&] {
         const SessionFiles companions = bundledSession(temp.path() / "companions", true);
         model.load(companions.manifest, companions.results);

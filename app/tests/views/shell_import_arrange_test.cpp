@@ -1,4 +1,5 @@
 #include "arrange/session_setup_dialog.h"
+#include "common/collapsible_section.h"
 #include "pair/pair_comparison_view.h"
 #include "pair/pair_feedback_view.h"
 #include "photo_area/photo_area.h"

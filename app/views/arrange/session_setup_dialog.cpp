@@ -138,10 +138,29 @@ SessionSetupDialog::SessionSetupDialog(ReviewerModel& model, dravik::SessionArra
             name->setFocus();
 }
 
+QLineEdit* SessionSetupDialog::riderNameField(const std::string& frameID) const {
+    return rows_->findChild<QLineEdit*>(q("rider:" + frameID));
+}
+
+QComboBox* SessionSetupDialog::referencePicker(const std::string& riderFrameID) const {
+    return rows_->findChild<QComboBox*>(q("reference:" + riderFrameID));
+}
+
+QComboBox* SessionSetupDialog::directionPicker(const std::string& riderFrameID) const {
+    return rows_->findChild<QComboBox*>(q("direction:" + riderFrameID));
+}
+
+QLineEdit* SessionSetupDialog::titleField(const std::string& riderFrameID) const {
+    return rows_->findChild<QLineEdit*>(q("title:" + riderFrameID));
+}
+
 void SessionSetupDialog::rebuild() {
     while (QLayoutItem* item = rowsLayout_->takeAt(0)) {
-        if (QWidget* widget = item->widget())
+        if (QWidget* widget = item->widget()) {
+            widget->hide();
+            widget->setParent(nullptr); // out of findChild's reach at once
             widget->deleteLater();
+        }
         delete item;
     }
 
