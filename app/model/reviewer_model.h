@@ -3,10 +3,12 @@
 #include "dravik/coaching.h"
 #include "dravik/coco_export.h"
 #include "dravik/detection.h"
+#include "dravik/discovery.h"
 #include "dravik/geometry.h"
 #include "dravik/lean.h"
 #include "dravik/pairs.h"
 #include "dravik/review.h"
+#include "dravik/session_arrangement.h"
 #include "dravik/uuid.h"
 #include "editing/commit.h"
 #include "editing/review_on_disk.h"
@@ -66,6 +68,8 @@ class ReviewerModel : public QObject {
     bool isDiscovering() const { return isDiscovering_; }
     const std::string& discoveryStatus() const { return discoveryStatus_; }
     const std::vector<std::string>& discoveryFailures() const { return discoveryFailures_; }
+    // Files of the last imported folder that were not imported, each a sentence naming it.
+    const std::vector<std::string>& unusablePhotos() const { return unusablePhotos_; }
     const std::optional<Snapshot>& snapshot() const { return snapshot_; }
     bool compare() const { return view_.compare; }
     bool showMarkers() const { return view_.showMarkers; }
@@ -179,6 +183,17 @@ class ReviewerModel : public QObject {
     void load(const std::filesystem::path& manifest, const std::filesystem::path& results);
     void activate(const std::string& frameID);
 
+    // Arranging the open session: who rides in each photo and which photos are compared
+    // (opening/arrangement.cpp). The arrangement as the session's manifest says now; none, with
+    // `error` set, when it cannot be read.
+    std::optional<dravik::SessionArrangement> arrangement();
+    // What applying `arrangement` would do and drop; throws a DravikError sentence.
+    dravik::ArrangementEffect
+    previewArrangement(const dravik::SessionArrangement& arrangement) const;
+    // Saves, rewrites the session's files and reopens it on them; false, with `error`, when that
+    // failed and the open session stays as it was.
+    bool arrange(const dravik::SessionArrangement& arrangement);
+
     // Joint editing and the pair's context (editing/joint_editing.cpp).
     dravik::ReviewEditTarget target(const std::string& frameID, const std::string& joint) const;
     bool valid(const dravik::ReviewEditTarget& target) const;
@@ -244,19 +259,24 @@ class ReviewerModel : public QObject {
     using AnalyzeFolder = std::function<void(const std::filesystem::path& manifest,
                                              const std::filesystem::path& output)>;
     void retryDetection(bool fullPhoto);
+    // Detects again on `area` of the active photo: the person the reviewer picked as the rider.
+    void retryDetectionOn(const dravik::PixelRect& area);
     void acceptRetry(const dravik::DetectionRetry& retry, const std::string& frameID,
                      const dravik::Uuid& session);
     // Without `analyze`, folders are analysed by the batch program.
     void discoverSessions(std::optional<std::filesystem::path> dataDirectory = std::nullopt,
                           AnalyzeFolder analyze = {});
     void discoverSessionsOnLaunch(); // once per model
+    // Copies a folder the user chooses into the data folder, analyses it with discovery and opens
+    // it (detection/photo_import.cpp).
+    void importPhotoFolder();
     const BatchLimits& batchLimits() const { return batchLimits_; }
     void setBatchLimits(const BatchLimits& limits) { batchLimits_ = limits; }
 
   signals:
     void presetsChanged();
     void detectingChanged();  // isDetecting
-    void discoveryChanged();  // isDiscovering, discoveryStatus, discoveryFailures
+    void discoveryChanged();  // isDiscovering, discoveryStatus, discoveryFailures, unusablePhotos
     void sessionChanged();    // another session opened: sessionID and its companion files
     void snapshotChanged();   // the document and everything derived from it
     void navigationChanged(); // activeFrameID, compare
@@ -323,6 +343,16 @@ class ReviewerModel : public QObject {
     void pushUndo(ReviewUndo entry);
     void renewCanvasGeneration();
     std::optional<dravik::ReviewPair> pairOf(const std::string& frameID) const;
+    void startRetry(bool fullPhoto, const std::optional<dravik::PixelRect>& area);
+
+    // Discovery's parts, shared by the launch scan and the import (detection/).
+    std::map<std::filesystem::path, std::filesystem::path> knownResults() const;
+    // The batch program's analysis; `progress` hears (photo, of photos), off the GUI thread.
+    AnalyzeFolder batchAnalysis(std::function<void(int, int)> progress = {}) const;
+    // Takes a scan's report in; opens the session in `openFolder`, or the first preset when no
+    // session is open.
+    void finishDiscovery(const dravik::SessionDiscoveryReport& report,
+                         const std::optional<std::filesystem::path>& openFolder);
 
     // The one path of every change of the document (editing/commit.cpp): the change is made on a
     // copy; nothing happens when it changes nothing; a failure sets `error` and leaves the
@@ -375,6 +405,7 @@ class ReviewerModel : public QObject {
     bool isDiscovering_ = false;
     std::string discoveryStatus_;
     std::vector<std::string> discoveryFailures_;
+    std::vector<std::string> unusablePhotos_;
     bool discoveryStarted_ = false;
     std::optional<Snapshot> snapshot_;
     PhotoState photos_;

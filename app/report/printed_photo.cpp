@@ -1,6 +1,6 @@
 #include "printed_photo.h"
 
-#include "opening/image_conversion.h"
+#include "photos/image_conversion.h"
 
 #include <algorithm>
 #include <cmath>

@@ -156,6 +156,12 @@ TEST_F(ModelTest, AFailedOpenLeavesTheOpenSessionUntouched) {
                   [&](const SessionFiles& broken) {
                       dravik::ReviewStore::save(other.raw(), broken.review(), std::nullopt);
                   });
+    // Every session has a "session.json": the sentence says whose.
+    expectRefused("Snetterton", "",
+                  [](const SessionFiles& broken) { writeText(broken.manifest, "{\"format\": "); });
+    EXPECT_NE(model.error()->find("\u201csession.json\u201d of \u201cSnetterton\u201d"),
+              std::string::npos)
+        << *model.error();
     expectRefused("no photos", "No frames to review.", [](const SessionFiles& broken) {
         writeText(broken.manifest, dravik::SessionManifest{"Nothing", {}}.encode());
         writeText(broken.results, dravik::ResultsFile{"detector", "1", {}}.encode());

@@ -48,6 +48,8 @@ const std::vector<Channel>& channels() {
              std::string seen = std::to_string(m.isDiscovering()) + m.discoveryStatus();
              for (const std::string& failure : m.discoveryFailures())
                  seen += ";" + failure;
+             for (const std::string& photo : m.unusablePhotos())
+                 seen += ";" + photo;
              return seen;
          }},
         {"session", &ReviewerModel::sessionChanged,

@@ -39,8 +39,24 @@ bool CappedLog::take(int pipeFd, std::chrono::milliseconds wait) {
         if (got < 0)
             return errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR;
         keep(buffer, static_cast<std::size_t>(got));
+        listen(buffer, static_cast<std::size_t>(got));
     }
     return true;
+}
+
+void CappedLog::listen(const char* bytes, std::size_t count) {
+    constexpr std::size_t longestLine = 4096;
+    if (!listener_)
+        return;
+    for (const char* end = bytes + count; bytes != end; ++bytes) {
+        if (*bytes != '\n') {
+            if (partialLine_.size() < longestLine)
+                partialLine_ += *bytes;
+            continue;
+        }
+        listener_(partialLine_);
+        partialLine_.clear();
+    }
 }
 
 void CappedLog::keep(const char* bytes, std::size_t count) {

@@ -90,7 +90,8 @@ void setChildrenStopping(bool on) {
 }
 
 ChildExit runChild(const std::filesystem::path& program, const std::vector<std::string>& arguments,
-                   int logFd, const ChildLimits& limits) {
+                   int logFd, const ChildLimits& limits,
+                   const std::function<void(std::string_view line)>& onLine) {
     stopOnQuit();
     QStringList list;
     for (const std::string& argument : arguments)
@@ -120,7 +121,7 @@ ChildExit runChild(const std::filesystem::path& program, const std::vector<std::
 
     // The program leads its own session, so its process id is its group's id.
     const auto group = static_cast<pid_t>(process.processId());
-    CappedLog log(logFd, limits.logBytes);
+    CappedLog log(logFd, limits.logBytes, onLine);
     bool open = true;
     const Clock::time_point deadline = Clock::now() + limits.timeout;
     while (running(process) && Clock::now() < deadline && !stopping) {

@@ -3,7 +3,9 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tessary {
@@ -33,7 +35,9 @@ void setChildrenStopping(bool stopping);
 // at the end of the log says. At the time-out the whole group, whatever the program started,
 // gets SIGTERM and after the grace SIGKILL. Throws a DravikError naming the program when it
 // cannot be started, or when programs are stopping.
+// `onLine`, when given, sees each line of the output as it comes, on the calling thread.
 ChildExit runChild(const std::filesystem::path& program, const std::vector<std::string>& arguments,
-                   int logFd, const ChildLimits& limits);
+                   int logFd, const ChildLimits& limits,
+                   const std::function<void(std::string_view line)>& onLine = {});
 
 } // namespace tessary

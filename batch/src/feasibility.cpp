@@ -73,8 +73,15 @@ int feasibility(const std::filesystem::path& manifestFile, const std::filesystem
     PoseWorker worker(setup);
     RiderDetector detector(worker);
     ResultsFile results{detectorName, detectorVersion, {}};
+    std::size_t total = 0;
+    for (const PairInput& pair : manifest.pairs)
+        total += pair.riders.size();
+    std::size_t current = 0;
     for (PairInput& pair : manifest.pairs)
         for (RiderInput& rider : pair.riders) {
+            // The app reads this line to show how far the analysis has come.
+            std::cout << "Analysing photo " << ++current << " of " << total << ": " << rider.file
+                      << std::endl;
             RiderResults entry{pair.id, rider.id, rider.sourceHash, {}};
             try {
                 auto file = ReviewStore::assetURL(rider.file, manifestFile);

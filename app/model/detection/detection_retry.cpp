@@ -37,6 +37,45 @@ std::optional<dravik::RetryRequest> retryRequestFor(const dravik::ReviewFrame& f
                                 rider->sourceHash, fullPhoto ? rider->panel : rider->crop};
 }
 
+RiderCandidates riderCandidates(const dravik::ReviewFrame& frame) {
+    // A retry the reviewer accepted saw the photo last; else the analysis did.
+    const dravik::DravikResult* newest = nullptr;
+    for (const dravik::DravikResult& result : frame.raw)
+        if (!result.candidates.empty())
+            newest = &result;
+    for (const dravik::DetectionRetry& retry : frame.retries)
+        for (const auto* result : {&retry.primary, &retry.refined})
+            if (*result && !(*result)->candidates.empty())
+                newest = &**result;
+    RiderCandidates found;
+    if (!newest)
+        return found;
+    found.seen = newest->candidates;
+    found.rider = newest->rider;
+    for (std::size_t i = 0; i < found.seen.size(); ++i)
+        if (found.seen[i].isPerson())
+            found.people.push_back(i);
+    return found;
+}
+
+dravik::PixelRect riderArea(const std::vector<dravik::Candidate>& seen, std::size_t person,
+                            const dravik::PixelRect& panel) {
+    dravik::PixelRect box = seen.at(person).box;
+    if (const auto riding = seen[person].riding; riding && *riding < seen.size()) {
+        const dravik::PixelRect& vehicle = seen[*riding].box;
+        const double left = std::min(box.x, vehicle.x);
+        const double top = std::min(box.y, vehicle.y);
+        const double right = std::max(box.x + box.width, vehicle.x + vehicle.width);
+        const double bottom = std::max(box.y + box.height, vehicle.y + vehicle.height);
+        box = {left, top, right - left, bottom - top};
+    }
+    const double left = std::max(panel.x, box.x - box.width * 0.15);
+    const double top = std::max(panel.y, box.y - box.height * 0.15);
+    const double right = std::min(panel.x + panel.width, box.x + box.width * 1.15);
+    const double bottom = std::min(panel.y + panel.height, box.y + box.height * 1.15);
+    return {left, top, std::max(0.0, right - left), std::max(0.0, bottom - top)};
+}
+
 std::vector<const dravik::DravikResult*> usableResults(const dravik::DetectionRetry& retry) {
     std::vector<const dravik::DravikResult*> usable;
     for (const auto& result : {&retry.primary, &retry.refined})
@@ -46,6 +85,15 @@ std::vector<const dravik::DravikResult*> usableResults(const dravik::DetectionRe
 }
 
 void ReviewerModel::retryDetection(bool fullPhoto) {
+    startRetry(fullPhoto, std::nullopt);
+}
+
+void ReviewerModel::retryDetectionOn(const dravik::PixelRect& area) {
+    if (area.width > 0 && area.height > 0)
+        startRetry(false, area);
+}
+
+void ReviewerModel::startRetry(bool fullPhoto, const std::optional<dravik::PixelRect>& area) {
     SignalHold hold(*this);
     if (isDetecting_)
         return;
@@ -64,6 +112,8 @@ void ReviewerModel::retryDetection(bool fullPhoto) {
     }
     if (!request)
         return;
+    if (area)
+        request->crop = *area;
     // A wheel axis drawn or proposed on the frame tells the detector the rider's lean.
     const std::optional<dravik::LeanAnnotation> lean = this->lean(current.id);
     if (lean && lean->wheel && !lean->wheelNotObservable)

@@ -66,22 +66,16 @@ void ReviewerModel::discoverSessions(std::optional<fs::path> dataDirectory, Anal
     }
     assign(isDiscovering_, true, discoveryChange);
     assign(discoveryFailures_, {}, discoveryChange);
+    assign(unusablePhotos_, {}, discoveryChange);
     assign(discoveryStatus_, "Checking photo folders\u2026", discoveryChange);
 
-    std::map<fs::path, fs::path> knownResults;
-    for (const ReviewPreset& preset : presets_)
-        knownResults.emplace(preset.manifest, preset.results); // the first preset wins
+    const auto known = knownResults();
     if (!analyze)
-        analyze = [helper = bundle_.batchProgram(),
-                   limits = ChildLimits{batchLimits_.analysisTimeout, batchLimits_.analysisGrace,
-                                        batchLimits_.poll}](const fs::path& manifest,
-                                                            const fs::path& output) {
-            SessionAnalysisWorker::run(manifest, output, helper, limits);
-        };
+        analyze = batchAnalysis();
 
     // A model closed meanwhile simply misses the answer.
     QPointer<ReviewerModel> model(this);
-    inBackground([model, data = *dataDirectory, knownResults, analyze] {
+    inBackground([model, data = *dataDirectory, known, analyze] {
         const auto progress = [model](const std::string& name) {
             onGuiThread([model, name] {
                 // A late progress call must not overwrite the summary.
@@ -92,28 +86,70 @@ void ReviewerModel::discoverSessions(std::optional<fs::path> dataDirectory, Anal
                               discoveryChange);
             });
         };
-        dravik::SessionDiscoveryReport report;
-        try {
-            report = dravik::SessionDiscovery::run(data, knownResults, progress, analyze);
-        } catch (const std::exception& failure) {
-            // Folders report their own failures; this is the scan itself giving out.
-            report.failures.push_back({data, failure.what()});
-        }
+        dravik::SessionDiscoveryReport report = scanFolders(data, known, progress, analyze);
         onGuiThread([model, report = std::move(report)] {
-            if (!model)
-                return;
-            SignalHold answered(*model);
-            model->assign(model->presets_, mergedPresets(model->presets_, report.sessions),
-                          presetsChange);
-            model->assign(model->discoveryFailures_, failureLines(report), discoveryChange);
-            model->assign(model->discoveryStatus_, discoverySummary(report), discoveryChange);
-            model->assign(model->isDiscovering_, false, discoveryChange);
-            if (!model->document() && !model->isDetecting_ && !model->presets_.empty()) {
-                const ReviewPreset first = model->presets_.front();
-                model->openPreset(first);
-            }
+            if (model)
+                model->finishDiscovery(report, std::nullopt);
         });
     });
+}
+
+std::map<fs::path, fs::path> ReviewerModel::knownResults() const {
+    std::map<fs::path, fs::path> known;
+    for (const ReviewPreset& preset : presets_)
+        known.emplace(preset.manifest, preset.results); // the first preset wins
+    return known;
+}
+
+ReviewerModel::AnalyzeFolder
+ReviewerModel::batchAnalysis(std::function<void(int, int)> progress) const {
+    return [helper = bundle_.batchProgram(),
+            limits = ChildLimits{batchLimits_.analysisTimeout, batchLimits_.analysisGrace,
+                                 batchLimits_.poll},
+            progress](const fs::path& manifest, const fs::path& output) {
+        SessionAnalysisWorker::Progress told;
+        if (progress)
+            told = [&progress](SessionAnalysisWorker::PhotoCount count) {
+                progress(count.current, count.total);
+            };
+        SessionAnalysisWorker::run(manifest, output, helper, limits, told);
+    };
+}
+
+void ReviewerModel::finishDiscovery(const dravik::SessionDiscoveryReport& report,
+                                    const std::optional<fs::path>& openFolder) {
+    SignalHold answered(*this);
+    assign(presets_, mergedPresets(presets_, report.sessions), presetsChange);
+    assign(discoveryFailures_, failureLines(report), discoveryChange);
+    assign(discoveryStatus_, discoverySummary(report), discoveryChange);
+    assign(isDiscovering_, false, discoveryChange);
+    if (isDetecting_)
+        return;
+    if (openFolder) {
+        std::error_code error;
+        for (const dravik::DiscoveredSession& session : report.sessions)
+            if (fs::equivalent(session.manifest.parent_path(), *openFolder, error)) {
+                openPreset({session.title, session.manifest.string(), session.results.string()});
+                return;
+            }
+    } else if (!document() && !presets_.empty()) {
+        const ReviewPreset first = presets_.front();
+        openPreset(first);
+    }
+}
+
+dravik::SessionDiscoveryReport scanFolders(const fs::path& data,
+                                           const std::map<fs::path, fs::path>& known,
+                                           const dravik::SessionDiscovery::Progress& progress,
+                                           const dravik::SessionDiscovery::Analyze& analyze) {
+    try {
+        return dravik::SessionDiscovery::run(data, known, progress, analyze);
+    } catch (const std::exception& failure) {
+        // Folders report their own failures; this is the scan itself giving out.
+        dravik::SessionDiscoveryReport report;
+        report.failures.push_back({data, failure.what()});
+        return report;
+    }
 }
 
 void ReviewerModel::discoverSessionsOnLaunch() {

@@ -3,6 +3,8 @@
 #include "dravik/discovery.h"
 #include "opening/review_preset.h"
 
+#include <filesystem>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -17,5 +19,12 @@ std::vector<ReviewPreset> mergedPresets(std::vector<ReviewPreset> presets,
 
 // One line per folder that failed: its name, ": " and why.
 std::vector<std::string> failureLines(const dravik::SessionDiscoveryReport& report);
+
+// SessionDiscovery::run, with a failure of the scan itself reported as the data folder's.
+dravik::SessionDiscoveryReport
+scanFolders(const std::filesystem::path& data,
+            const std::map<std::filesystem::path, std::filesystem::path>& known,
+            const dravik::SessionDiscovery::Progress& progress,
+            const dravik::SessionDiscovery::Analyze& analyze);
 
 } // namespace tessary

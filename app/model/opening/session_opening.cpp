@@ -60,7 +60,7 @@ void ReviewerModel::reopen(const fs::path& manifest, const fs::path& results) {
         shown = photosFor(photos, *read.document, {read.startFrameID});
         snapshot = buildSnapshot(read.document, read.startPairID, read.proposals);
     } catch (const std::exception& failure) {
-        setError(failure.what());
+        setError(namingSession(failure.what(), manifest));
         return;
     }
 

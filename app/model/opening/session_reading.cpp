@@ -4,6 +4,7 @@
 #include "dravik/error.h"
 #include "dravik/framing.h"
 #include "dravik/lean_analysis.h"
+#include "dravik/manifest.h"
 #include "dravik/pairs.h"
 #include "dravik/session_review.h"
 
@@ -127,6 +128,25 @@ std::string openingMessage(const SessionRead& read) {
     if (read.companions.framingRegions.empty())
         text += " \u00b7 Framing unavailable; showing full photos";
     return text;
+}
+
+std::string namingSession(std::string message, const fs::path& manifest) {
+    const std::string named = "\u201c" + manifest.filename().string() + "\u201d";
+    const auto at = message.find(named);
+    if (at == std::string::npos || message.compare(at + named.size(), 4, " of ") == 0)
+        return message;
+    std::string title;
+    try {
+        title = dravik::SessionManifest::load(manifest).title;
+    } catch (const std::exception&) {
+        // The manifest is what failed; its folder names the session.
+    }
+    if (title.empty())
+        title = manifest.parent_path().filename().string();
+    if (title.empty())
+        return message;
+    message.insert(at + named.size(), " of \u201c" + title + "\u201d");
+    return message;
 }
 
 } // namespace tessary

@@ -40,4 +40,10 @@ enum class CompanionFailure {
 // The status line of a session just opened.
 std::string openingMessage(const SessionRead& read);
 
+// `message` with the manifest it names ("“session.json”") followed by the session it belongs to:
+// "“session.json” of “Snetterton – Turn 1”". Every session has a "session.json", so the file name
+// alone does not say which one failed. The title is the manifest's, or its folder's name when the
+// manifest cannot be read.
+std::string namingSession(std::string message, const std::filesystem::path& manifest);
+
 } // namespace tessary

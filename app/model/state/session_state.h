@@ -31,7 +31,7 @@ struct SessionState {
     std::optional<std::filesystem::path> reviewURL;
     CompanionFiles companions;
     std::map<std::string, dravik::LeanAnnotation> leanProposals;
-    std::optional<std::filesystem::path> resultsURL;
+    std::optional<std::filesystem::path> resultsURL; // arranging rewrites it with the manifest
 };
 
 } // namespace tessary

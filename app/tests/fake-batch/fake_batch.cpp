@@ -14,6 +14,7 @@
 //   flood       a MiB each on stdout and stderr, then answer as "result"
 //
 // FAKE_BATCH_FAIL_MATCH: "feasibility" of a manifest whose path holds this text fails as "fail".
+// FAKE_BATCH_PHOTO_MS: "feasibility" pauses this long on each photo, after its progress line.
 // FAKE_BATCH_ARGS_FILE: every run appends its arguments there, one line, tab-separated.
 
 #include "dravik/atomic_file.h"
@@ -70,9 +71,18 @@ void writeRetry(const std::string& requestFile, const std::string& resultFile, b
 void writeResults(const std::string& manifestFile, const std::string& outputFile) {
     const dravik::SessionManifest manifest = dravik::SessionManifest::load(manifestFile);
     dravik::ResultsFile results{"Fake detector", "1", {}};
+    std::size_t total = 0;
     for (const dravik::PairInput& pair : manifest.pairs)
-        for (const dravik::RiderInput& rider : pair.riders)
+        total += pair.riders.size();
+    std::size_t current = 0;
+    const long pause = std::stol(environment("FAKE_BATCH_PHOTO_MS", "0"));
+    for (const dravik::PairInput& pair : manifest.pairs)
+        for (const dravik::RiderInput& rider : pair.riders) {
+            std::cout << "Analysing photo " << ++current << " of " << total << ": " << rider.file
+                      << std::endl;
+            sleepMilliseconds(pause);
             results.riders.push_back({pair.id, rider.id, rider.sourceHash, {riderIn(rider.panel)}});
+        }
     dravik::writeFileAtomically(outputFile, results.encode());
 }
 

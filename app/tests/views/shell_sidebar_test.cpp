@@ -23,7 +23,7 @@ class ShellSidebarTest : public ShellTest {
         std::vector<QPushButton*> buttons;
         for (QPushButton* button : sidebar().findChildren<QPushButton*>())
             if (button != sidebar().discoveryButton() && button != sidebar().openButton() &&
-                button->isVisibleTo(&sidebar()))
+                button != sidebar().importButton() && button->isVisibleTo(&sidebar()))
                 buttons.push_back(button);
         return buttons;
     }

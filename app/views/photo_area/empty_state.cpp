@@ -1,13 +1,46 @@
 #include "photo_area/empty_state.h"
 
+#include <QHBoxLayout>
 #include <QPainter>
 #include <QPainterPath>
+#include <QPushButton>
+#include <QVBoxLayout>
 
 namespace tessary {
 
-EmptyState::EmptyState(const QString& title, QWidget* parent) : QWidget(parent), title_(title) {
+namespace {
+
+constexpr double symbolHeight = 52;
+constexpr double gap = 14;
+
+QFont titleFont(QFont font) {
+    font.setPointSizeF(font.pointSizeF() * 1.4);
+    font.setBold(true);
+    return font;
+}
+
+} // namespace
+
+EmptyState::EmptyState(const QString& title, const std::function<void()>& importFolder,
+                       QWidget* parent)
+    : QWidget(parent), title_(title), import_(new QPushButton("Import Photo Folder\u2026", this)) {
     setAccessibleName(title);
-    setMinimumHeight(160);
+    setMinimumHeight(200);
+    import_->setToolTip("Copy a folder of JPEG or PNG photos into Tessary's data folder and "
+                        "analyse it");
+    connect(import_, &QPushButton::clicked, this, [importFolder] { importFolder(); });
+
+    // The symbol and the title are painted above the button, centred with it.
+    auto* column = new QVBoxLayout(this);
+    column->addStretch(1);
+    column->addSpacing(static_cast<int>(symbolHeight + gap + gap) +
+                       QFontMetrics(titleFont(font())).height());
+    auto* row = new QHBoxLayout;
+    row->addStretch(1);
+    row->addWidget(import_);
+    row->addStretch(1);
+    column->addLayout(row);
+    column->addStretch(1);
 }
 
 void EmptyState::paintEvent(QPaintEvent*) {
@@ -15,13 +48,10 @@ void EmptyState::paintEvent(QPaintEvent*) {
     painter.setRenderHint(QPainter::Antialiasing);
     QColor ink = palette().color(QPalette::PlaceholderText);
 
-    QFont font = painter.font();
-    font.setPointSizeF(font.pointSizeF() * 1.4);
-    font.setBold(true);
+    const QFont font = titleFont(painter.font());
     const QFontMetrics metrics(font);
-    const QSizeF symbol(64, 52);
-    const double gap = 14;
-    const double top = (height() - symbol.height() - gap - metrics.height()) / 2.0;
+    const QSizeF symbol(64, symbolHeight);
+    const double top = import_->geometry().top() - gap - metrics.height() - gap - symbol.height();
     const QRectF frame(QPointF((width() - symbol.width()) / 2.0, top), symbol);
 
     painter.setPen(QPen(ink, 3, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));

@@ -55,7 +55,9 @@ void PhotoArea::refresh() {
     const auto pair = compare ? model_.pair() : std::nullopt;
     auto on = [](bool shown) { return shown ? std::string("shown") : std::string(); };
 
-    put(emptyState, on(!frame), 1, [] { return new EmptyState("Open a photo session"); });
+    put(emptyState, on(!frame), 1, [this] {
+        return new EmptyState("Open a photo session", [this] { model_.importPhotoFolder(); });
+    });
     put(singlePane, single ? frame->id : std::string(), 7,
         [this, frame] { return new FramePane(model_, frame->id); });
     put(singleFeedback, single && subject ? (hasReport ? "pair" : "single") : "", 3,

@@ -1,5 +1,6 @@
 #include "shell/review_menus.h"
 
+#include "arrange/session_setup_dialog.h"
 #include "coaching_report.h"
 #include "reviewer_model.h"
 #include "shell/disk_review_commands.h"
@@ -16,6 +17,8 @@ ReviewMenus::ReviewMenus(QMainWindow& window, ReviewerModel& model)
     QMenu* file = window.menuBar()->addMenu("&File");
     open_ = file->addAction("Open Session…");
     open_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_O));
+    import_ = file->addAction("Import Photo Folder…");
+    arrange_ = file->addAction("Arrange Session…");
     save_ = file->addAction("Save Review");
     save_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_S));
     addDiskReviewCommands(window, *file);
@@ -33,6 +36,9 @@ ReviewMenus::ReviewMenus(QMainWindow& window, ReviewerModel& model)
     undo_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Z));
 
     connect(open_, &QAction::triggered, this, [this] { model_.openSession(); });
+    connect(import_, &QAction::triggered, this, [this] { model_.importPhotoFolder(); });
+    connect(arrange_, &QAction::triggered, this,
+            [this, &window] { SessionSetupDialog::openFor(&window, model_); });
     connect(save_, &QAction::triggered, this, [this] { model_.save(); });
     connect(undo_, &QAction::triggered, this, [this] { model_.undo(); });
     connect(exportReport_, &QAction::triggered, this, [this] {
@@ -45,6 +51,8 @@ ReviewMenus::ReviewMenus(QMainWindow& window, ReviewerModel& model)
     connect(exportCoco_, &QAction::triggered, this, [this] { model_.exportCocoKeypoints(); });
     connect(&model_, &ReviewerModel::snapshotChanged, this, &ReviewMenus::refresh);
     connect(&model_, &ReviewerModel::undoStackChanged, this, &ReviewMenus::refresh);
+    connect(&model_, &ReviewerModel::discoveryChanged, this, &ReviewMenus::refresh);
+    connect(&model_, &ReviewerModel::sessionChanged, this, &ReviewMenus::refresh);
     refresh();
 }
 
@@ -52,6 +60,8 @@ void ReviewMenus::refresh() {
     undo_->setEnabled(!model_.undoStack().empty());
     exportReport_->setEnabled(model_.document() != nullptr);
     exportCoco_->setEnabled(model_.document() != nullptr);
+    import_->setEnabled(!model_.isDiscovering());
+    arrange_->setEnabled(model_.document() != nullptr);
 }
 
 void ReviewMenus::addDiskReviewCommands(QMainWindow& window, QMenu& file) {

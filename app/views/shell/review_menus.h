@@ -20,6 +20,8 @@ class ReviewMenus : public QObject {
     ReviewMenus(QMainWindow& window, ReviewerModel& model);
 
     QAction* openSession() const { return open_; }
+    QAction* importPhotoFolder() const { return import_; }
+    QAction* arrangeSession() const { return arrange_; }
     QAction* saveReview() const { return save_; }
     QAction* exportCoachingReport() const { return exportReport_; }
     QAction* exportCocoKeypoints() const { return exportCoco_; }
@@ -37,6 +39,8 @@ class ReviewMenus : public QObject {
 
     ReviewerModel& model_;
     QAction* open_;
+    QAction* import_;
+    QAction* arrange_;
     QAction* save_;
     QAction* exportReport_;
     QAction* exportCoco_;

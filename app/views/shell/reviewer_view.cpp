@@ -1,5 +1,6 @@
 #include "shell/reviewer_view.h"
 
+#include "arrange/session_setup_dialog.h"
 #include "dravik/discovery.h"
 #include "inspector/joint_inspector.h"
 #include "lean/lean_review_view.h"
@@ -14,6 +15,7 @@
 #include <QFrame>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QPushButton>
 #include <QVBoxLayout>
 
 namespace tessary {
@@ -34,10 +36,13 @@ QFrame* separator(QWidget* parent) {
 ReviewerView::ReviewerView(ReviewerModel& model, QWidget* parent)
     : QWidget(parent), model_(model), sidebar_(new Sidebar(model, this)),
       toolbar_(new ReviewToolbar(model)), discovery_(new DiscoveryNotices(model)),
+      riderNoticeRow_(new QWidget),
       riderNotice_(new QLabel("Automatically imported photo · confirm the intended rider before "
-                              "relying on joint markers.")),
-      photoArea_(new PhotoArea(model)), statusRow_(new StatusRow(model)),
-      inspectorSeparator_(separator(this)), jointInspector_(new JointInspector(model, this)),
+                              "relying on joint markers.",
+                              riderNoticeRow_)),
+      setRider_(new QPushButton("Set rider…", riderNoticeRow_)), photoArea_(new PhotoArea(model)),
+      statusRow_(new StatusRow(model)), inspectorSeparator_(separator(this)),
+      jointInspector_(new JointInspector(model, this)),
       leanPanel_(new LeanReviewView(model, this)) {
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
@@ -51,7 +56,15 @@ ReviewerView::ReviewerView(ReviewerModel& model, QWidget* parent)
     column->addWidget(toolbar_);
     column->addWidget(discovery_);
     riderNotice_->setWordWrap(true);
-    column->addWidget(riderNotice_);
+    auto* notice = new QHBoxLayout(riderNoticeRow_);
+    notice->setContentsMargins(0, 0, 0, 0);
+    notice->addWidget(riderNotice_, 1);
+    notice->addWidget(setRider_);
+    connect(setRider_, &QPushButton::clicked, this, [this] {
+        if (const dravik::ReviewFrame* frame = model_.frame())
+            SessionSetupDialog::openFor(window(), model_, frame->id);
+    });
+    column->addWidget(riderNoticeRow_);
     column->addWidget(photoArea_, 1);
     column->addWidget(statusRow_);
     row->addWidget(central, 1);
@@ -87,8 +100,8 @@ FramePane* ReviewerView::activePane() const {
 
 void ReviewerView::refresh() {
     const dravik::ReviewFrame* frame = model_.frame();
-    riderNotice_->setVisible(frame && frame->riderDisplayName ==
-                                          dravik::SessionDiscovery::unreviewedRiderName());
+    riderNoticeRow_->setVisible(frame && frame->riderDisplayName ==
+                                             dravik::SessionDiscovery::unreviewedRiderName());
     const bool inspector = model_.inspectorVisible();
     jointInspector_->setVisible(inspector && !model_.leanMode());
     leanPanel_->setVisible(inspector && model_.leanMode());

@@ -4,6 +4,7 @@
 
 class QFrame;
 class QLabel;
+class QPushButton;
 
 namespace tessary {
 
@@ -29,6 +30,7 @@ class ReviewerView : public QWidget {
     ReviewToolbar* toolbar() const { return toolbar_; }
     DiscoveryNotices* discoveryNotices() const { return discovery_; }
     QLabel* riderNotice() const { return riderNotice_; }
+    QPushButton* setRiderButton() const { return setRider_; }
     PhotoArea* photoArea() const { return photoArea_; }
     StatusRow* statusRow() const { return statusRow_; }
     // The inspector column as laid out now; null when it is absent.
@@ -45,7 +47,9 @@ class ReviewerView : public QWidget {
     Sidebar* sidebar_;
     ReviewToolbar* toolbar_;
     DiscoveryNotices* discovery_;
+    QWidget* riderNoticeRow_;
     QLabel* riderNotice_;
+    QPushButton* setRider_;
     PhotoArea* photoArea_;
     StatusRow* statusRow_;
     QFrame* inspectorSeparator_;

@@ -15,7 +15,9 @@ DiscoveryNotices::DiscoveryNotices(ReviewerModel& model, QWidget* parent)
     : QWidget(parent), model_(model), statusLine_(new QWidget(this)),
       spinner_(new BusySpinner(statusLine_)), status_(new QLabel(statusLine_)),
       failureGroup_(new CollapsibleSection("Folders needing attention", this)),
-      failures_(new QLabel(failureGroup_)) {
+      failures_(new QLabel(failureGroup_)),
+      unusableGroup_(new CollapsibleSection("Photos not imported", this)),
+      unusable_(new QLabel(unusableGroup_)) {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(4);
@@ -34,6 +36,13 @@ DiscoveryNotices::DiscoveryNotices(ReviewerModel& model, QWidget* parent)
     failureGroup_->contentLayout()->addWidget(failures_);
     layout->addWidget(failureGroup_);
 
+    unusable_->setWordWrap(true);
+    unusable_->setTextFormat(Qt::PlainText);
+    unusable_->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    unusableGroup_->contentLayout()->addWidget(unusable_);
+    unusableGroup_->setExpanded(true); // the reviewer chose these files a moment ago
+    layout->addWidget(unusableGroup_);
+
     connect(&model_, &ReviewerModel::discoveryChanged, this, &DiscoveryNotices::refresh);
     refresh();
 }
@@ -49,7 +58,13 @@ void DiscoveryNotices::refresh() {
         lines << QString::fromStdString(failure);
     failureGroup_->setVisible(!lines.isEmpty());
     failures_->setText(lines.join('\n'));
-    setVisible(!status.empty() || !lines.isEmpty());
+
+    QStringList unusable;
+    for (const std::string& photo : model_.unusablePhotos())
+        unusable << QString::fromStdString(photo);
+    unusableGroup_->setVisible(!unusable.isEmpty());
+    unusable_->setText(unusable.join('\n'));
+    setVisible(!status.empty() || !lines.isEmpty() || !unusable.isEmpty());
 }
 
 } // namespace tessary

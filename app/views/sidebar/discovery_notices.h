@@ -10,7 +10,8 @@ class BusySpinner;
 class CollapsibleSection;
 class ReviewerModel;
 
-// What folder discovery is doing, and the folders it could not analyse.
+// What folder discovery or an import is doing, the folders it could not analyse and the files of
+// an imported folder that were not imported.
 class DiscoveryNotices : public QWidget {
     Q_OBJECT
 
@@ -22,6 +23,8 @@ class DiscoveryNotices : public QWidget {
     QLabel* statusText() const { return status_; }
     CollapsibleSection* failureGroup() const { return failureGroup_; }
     QLabel* failureText() const { return failures_; }
+    CollapsibleSection* unusableGroup() const { return unusableGroup_; }
+    QLabel* unusableText() const { return unusable_; }
 
   private:
     void refresh();
@@ -32,6 +35,8 @@ class DiscoveryNotices : public QWidget {
     QLabel* status_;
     CollapsibleSection* failureGroup_;
     QLabel* failures_;
+    CollapsibleSection* unusableGroup_;
+    QLabel* unusable_;
 };
 
 } // namespace tessary

@@ -63,7 +63,8 @@ std::vector<Row> pairRows(const ReviewerModel& model) {
 Sidebar::Sidebar(ReviewerModel& model, QWidget* parent)
     : QWidget(parent), model_(model), photos_(new QListWidget(this)), sessions_(new QWidget),
       sessionButtons_(new QVBoxLayout(sessions_)), discover_(new QPushButton(this)),
-      open_(new QPushButton("Open Session…", this)) {
+      open_(new QPushButton("Open Session…", this)),
+      import_(new QPushButton("Import Photo Folder…", this)) {
     setFixedWidth(columnWidth);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(8, 10, 8, 10);
@@ -88,12 +89,14 @@ Sidebar::Sidebar(ReviewerModel& model, QWidget* parent)
     layout->addWidget(scroll, 1);
     layout->addWidget(discover_);
     layout->addWidget(open_);
+    layout->addWidget(import_);
 
     // The model is asked after the list has finished its own signal, since the answer can rebuild
     // the list.
     connect(photos_, &QListWidget::currentRowChanged, this, &Sidebar::choose, Qt::QueuedConnection);
     connect(discover_, &QPushButton::clicked, this, [this] { model_.discoverSessions(); });
     connect(open_, &QPushButton::clicked, this, [this] { model_.openSession(); });
+    connect(import_, &QPushButton::clicked, this, [this] { model_.importPhotoFolder(); });
 
     connect(&model_, &ReviewerModel::snapshotChanged, this, &Sidebar::refreshPhotos);
     connect(&model_, &ReviewerModel::navigationChanged, this, &Sidebar::refreshPhotos);
@@ -190,6 +193,7 @@ void Sidebar::refreshDiscovery() {
     const bool busy = model_.isDiscovering();
     discover_->setText(busy ? "Analyzing folders…" : "Check for new folders");
     discover_->setEnabled(!busy);
+    import_->setEnabled(!busy);
 }
 
 } // namespace tessary

@@ -22,6 +22,7 @@ class Sidebar : public QWidget {
     QListWidget* photoList() const { return photos_; }
     QPushButton* discoveryButton() const { return discover_; }
     QPushButton* openButton() const { return open_; }
+    QPushButton* importButton() const { return import_; }
 
   private:
     void refreshPhotos();
@@ -35,6 +36,7 @@ class Sidebar : public QWidget {
     QVBoxLayout* sessionButtons_;
     QPushButton* discover_;
     QPushButton* open_;
+    QPushButton* import_;
 };
 
 } // namespace tessary
