@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Copies the pose worker and its models into the build tree; file(COPY) skips unchanged files.
 file(COPY "${WORKER_SOURCE}/pose-worker.mjs" "${WORKER_SOURCE}/package.json"
      DESTINATION "${WORKER_DESTINATION}")

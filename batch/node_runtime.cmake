@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # The Node.js that runs the pose worker, fixed at build time so that another `node` earlier in a
 # user's PATH (nvm and the like) never replaces it. A build for the system (prefix /usr) takes the
 # system's; any other build the one on PATH, with which the set-up ran `npm ci`.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Paint time of the photo canvas: a 1400 × 900 window over a 24 MP panel with its 19 joint
 // markers, bones and lean lines, at zoom 1 and 4, and while a joint is dragged.
 //

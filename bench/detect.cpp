@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Times dravik-batch on generated sessions of 1 MP and 24 MP photos, and on a 24 MP session made
 // from the shared photo of riders among a crowd: the warm cost of one more photo in a folder
 // analysis (one worker for the whole run) and a one-shot redetect, start-up and model loading

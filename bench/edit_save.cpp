@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Committed joint edits through the review model, each saved durably, on a 50-photo session.
 //
 //   edit_save [folder]   (default: a fresh folder under the system's temporary directory)

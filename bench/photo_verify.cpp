@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Verifying a large session's photos for opening (read, hash, header; no pixels) through the core
 // on all cores, against the floor of the same files read and hashed with SHA-256 on one core, in
 // one run; then the time to decode one panel at each DCT scale.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Opens a generated session of large photos through the core and compares the time with the
 // same work done plainly on one core. Each measurement runs in a fresh process so that its peak
 // memory is its own.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A track day's session: 50 and 200 photos of 24 MP opened by the review model and stepped
 // through on a real canvas offscreen, in one run. Prints the open time against the single-core
 // SHA-256 floor of the same files, peak resident memory after opening and after stepping, the

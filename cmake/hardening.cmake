@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Debian's hardening flags, as dpkg-buildflags gives them for a package built with
 # "hardening=+all": fortified libc calls, stack protection, full RELRO and immediate binding.
 # The build type keeps its own optimisation and debug flags.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # tessary_man_page(NAME.SECTION.in): the manual page with @PROJECT_VERSION@ and
 # @TESSARY_RELEASE_DATE@ filled in, gzipped as Debian wants it, installed into its section.
 function(tessary_man_page source)

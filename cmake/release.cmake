@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # The release is the package changelog's newest entry: its version must be the project's, and its
 # date is the one the manual pages and the AppStream release carry (TESSARY_RELEASE_DATE).
 set(changelog "${PROJECT_SOURCE_DIR}/app/desktop/changelog")

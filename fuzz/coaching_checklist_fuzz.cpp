@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // "coaching-checklist.json" against a fixed session.
 
 #include "coaching_frames.h"

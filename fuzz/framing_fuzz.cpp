@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // "photo-framing.json" against a fixed session: decoded bounds must write back to the same.
 
 #include "coaching_frames.h"

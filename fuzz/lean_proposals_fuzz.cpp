@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "dravik/lean_analysis.h"
 #include "fuzz_support.h"
 

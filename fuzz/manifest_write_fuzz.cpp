@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The manifest discovery writes for a folder of photos, from arbitrary file names and sizes: it is
 // either refused with a sentence (a name that is not UTF-8 or holds a control character) or reads
 // back as written, with unique pair ids that a frame id can be built from.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The pair context and photo assessment readers, over an object that holds one of each:
 // {"context": {...}, "photoAssessment": {...}}.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Replays a harness over its seed corpus in the normal build, where libFuzzer is not linked.
 // Files named "valid-*" must decode, so that the seeds stay useful as the formats evolve.
 

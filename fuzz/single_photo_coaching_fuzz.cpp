@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // "single-photo-coaching.json" against a fixed session.
 
 #include "coaching_frames.h"

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # Sets up a Debian 12 machine for Tessary, builds it, and then either opens the review window on
 # the bundled sample session (`run`) or runs every test (`test`).
 set -euo pipefail

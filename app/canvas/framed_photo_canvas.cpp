@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "framed_photo_canvas.h"
 
 #include "joint_canvas_view.h"

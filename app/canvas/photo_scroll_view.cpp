@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "photo_scroll_view.h"
 
 #include "joint_canvas_view.h"

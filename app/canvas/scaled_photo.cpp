@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "scaled_photo.h"
 
 #include "gui_thread.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "reviewer_model.h"
 
 #include "dravik/joints.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "coaching_report.h"
 
 #include "dravik/atomic_file.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "page_plan.h"
 
 #include "dravik/image.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "printed_photo.h"
 
 #include "photos/image_conversion.h"

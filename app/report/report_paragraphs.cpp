@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "report_paragraphs.h"
 
 #include "coaching_texts.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "dravik/error.h"
 #include "retry_worker.h"
 #include "session_analysis_worker.h"

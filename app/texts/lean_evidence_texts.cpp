@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "lean_evidence_texts.h"
 
 #include "dravik/digest_text.h"

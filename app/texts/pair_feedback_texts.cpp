@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "pair_feedback_texts.h"
 
 #include "rider_labels.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "retry_worker.h"
 
 #include "dravik/atomic_file.h"

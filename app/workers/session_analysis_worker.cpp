@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "session_analysis_worker.h"
 
 #include "dravik/error.h"

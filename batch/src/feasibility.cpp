@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "batch_run.h"
 #include "dravik/atomic_file.h"
 #include "dravik/detection.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "batch_run.h"
 #include "tessary/version.h"
 #include "worker_location.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // usage: fake_pose_worker <mode>
 // good: an upright body with the nose on the reddest pixel sent, seen as one person by the people
 // model and as nothing by the object model; empty: nobody, low scores; short: 5 keypoints; wild:

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "batch_fixtures.h"
 #include "node_runtime.h"
 #include "pose_worker.h"

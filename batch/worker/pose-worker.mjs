@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Model worker of dravik-batch: runs the MoveNet pose models and the NanoDet object detector on
 // TensorFlow.js (WebAssembly backend).
 // usage: node pose-worker.mjs <models folder> [search | pose]

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "dravik/error.h"
 #include "io/atomic_file.h"
 #include "store/file_lock.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "dravik/coaching.h"
 #include "dravik/error.h"
 #include "dravik/framing.h"

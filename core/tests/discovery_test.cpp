@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "discovery/discovered_manifest.h"
 #include "dravik/discovery.h"
 #include "dravik/store.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every reader and writer of a session folder, each facing what a folder from someone else may
 // hold in the place of its file. Each case runs in a child process with a deadline, so that one
 // that hangs fails here instead of stalling the whole run.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 // Lines and documents for the lean tests: one pair "p1" of a rider and a reference rider, each

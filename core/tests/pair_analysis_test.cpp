@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "analysis/included_angle.h"
 #include "dravik/error.h"
 #include "test_support.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "dravik/image.h"
 #include "photo_fixtures.h"
 #include "test_support.h"

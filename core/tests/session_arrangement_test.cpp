@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "arrangement/arrange_session.h"
 #include "dravik/coaching.h"
 #include "dravik/discovery.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 // Shared helpers for core tests: a temporary folder, frames and a small valid session on disk.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // tessary-export: writes what a session's review holds in a format other programs read.
 #include "dravik/coco_export.h"
 #include "dravik/error.h"

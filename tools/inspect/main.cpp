@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // tessary-inspect: opens a session through the core library and prints what a reviewer would see.
 #include "dravik/error.h"
 #include "dravik/image.h"

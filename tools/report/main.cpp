@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // tessary-report: the coaching report of a session's saved review, as a PDF, without a window.
 #include "coaching_report.h"
 #include "dravik/error.h"

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # The launcher and the AppStream metadata as installed must pass the checks desktops and software
 # centres apply: desktop-file-validate with neither error nor warning, and appstreamcli validate
 # (offline), which fails on both.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Makes the installed tree read-only, as a system install is, and starts the installed app for a
 # few seconds with a fresh user data folder. It must still be running then, and must have made the
 # user's copy of the sample beside the launcher's resources.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Installs the build tree into a scratch prefix, stripped as the README installs it, for the
 # tests that read an install; with -DREMOVE=ON takes it away again.
 # Arguments: -DBUILD=<build tree> -DPREFIX=<scratch prefix> [-DREMOVE=ON]

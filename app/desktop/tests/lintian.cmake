@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Makes the Debian package of the build tree in a scratch folder, as `cpack -G DEB` does, and
 # checks it with lintian at the pedantic level: any error or warning fails. The infos and
 # pedantic tags that stay are explained in docs/decisions.md.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Every installed program, and every developer tool of the build tree, answers --help (its name
 # in a usage text) and --version ("<name> <version>"), with status 0, without a display and
 # without touching the user's data. Every program in bin/ has a manual page.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Without a display that works, the app says why in one sentence and ends with status 1, instead of
 # Qt's abort, and before it copies the sample into the user's data folder.
 # Arguments: -DTESSARY=<program> -DWORK=<scratch folder>

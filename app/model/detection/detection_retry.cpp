@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "detection/detection_retry.h"
 
 #include "dravik/error.h"

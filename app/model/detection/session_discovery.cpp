@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "detection/session_discovery.h"
 
 #include "dravik/discovery.h"

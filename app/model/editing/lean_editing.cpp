@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "editing/lean_editing.h"
 
 #include "dravik/lean_analysis.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "editing/review_on_disk.h"
 
 #include "dravik/atomic_file.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "editing/snapshot_building.h"
 
 #include "dravik/analysis.h"

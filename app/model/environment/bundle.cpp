@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "environment/bundle.h"
 
 #include "dravik/launch_config.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "environment/fresh_uuid.h"
 
 #include <QByteArray>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "environment/photo_folder_import.h"
 
 #include "dravik/atomic_file.h"
@@ -10,10 +11,10 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
-#include <optional>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <optional>
 #include <string_view>
 #include <sys/stat.h>
 

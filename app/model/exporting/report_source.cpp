@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "exporting/report_source.h"
 
 #include "dravik/error.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "dravik/error.h"
 #include "editing/snapshot_building.h"
 #include "environment/fresh_uuid.h"
@@ -75,9 +76,13 @@ void ReviewerModel::reopen(const fs::path& manifest, const fs::path& results) {
     withdrawDecodes({});
     photos_ = std::move(photos);
     setImages(std::move(shown));
-    session_ = SessionState{
-        freshUuid(), read.title, manifest, read.reviewFile, std::move(read.companions),
-        session_.leanProposals, results};
+    session_ = SessionState{freshUuid(),
+                            read.title,
+                            manifest,
+                            read.reviewFile,
+                            std::move(read.companions),
+                            session_.leanProposals,
+                            results};
     view_.viewportCenters.clear();
     mark(sessionChange);
 

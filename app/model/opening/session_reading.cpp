@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "opening/session_reading.h"
 
 #include "dravik/coaching.h"

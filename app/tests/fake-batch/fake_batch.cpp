@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A stand-in for dravik-batch in tests: it answers "redetect" and "feasibility" the way the
 // environment variable FAKE_BATCH_MODE asks, so every outcome the app must survive is at hand.
 //

@@ -1,10 +1,11 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "coaching_report.h"
 #include "coaching_texts.h"
 #include "dravik/lean_report.h"
 #include "lean_evidence_texts.h"
 #include "model_fixture.h"
-#include "pair_feedback_texts.h"
 #include "opening/session_reading.h"
+#include "pair_feedback_texts.h"
 #include "printed_photo.h"
 #include "samplegen.h"
 
@@ -215,7 +216,7 @@ TEST_F(ReportTest, APhotoIsPrintedAsJpegAtNoMoreThanPrintResolution) {
     samplegen::writeSession(folder, large);
     SessionRead read = readSession(folder / "session.json", folder / "results.json");
     const ReportSession session{folder / "session.json", folder / "results.json", "Large",
-                                read.document,           read.companions,        read.proposals};
+                                read.document,           read.companions,         read.proposals};
     const RenderedReport rendered = renderCoachingReport(
         session, reportSubjects(*session.document, std::nullopt, std::nullopt), a4());
     const fs::path pdf = temp.path() / "large.pdf";

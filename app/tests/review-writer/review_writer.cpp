@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A second writer of a review in tests: another process that saves the file as another window
 // would, through the lock and the revision guard.
 //

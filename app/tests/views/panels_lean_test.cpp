@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "dravik/digest_text.h"
 #include "dravik/lean_analysis.h"
 #include "lean/lean_evidence_view.h"
@@ -166,8 +167,8 @@ TEST_F(LeanPanelTest, TheEvidenceListsEachRiderAndItsApprovalNeedsFiveChecksOnUn
     EXPECT_TRUE(approve->isChecked());
     const std::string digest =
         dravik::LeanAnalysis::evidenceDigest(*model.document(), *model.pair());
-    EXPECT_TRUE(
-        showsText(view, u"Approved · evidence "_s + QString::fromStdString(dravik::shortDigest(digest))));
+    EXPECT_TRUE(showsText(view, u"Approved · evidence "_s +
+                                    QString::fromStdString(dravik::shortDigest(digest))));
 
     // Reporting similar speed is a change of evidence: the approval goes, the note appears, and
     // the status line says it went.

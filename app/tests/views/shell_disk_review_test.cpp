@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "dravik/store.h"
 #include "shell/disk_review_commands.h"
 #include "shell/merge_dialog.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "dravik/store.h"
 #include "shell/review_alert.h"
 #include "shell/review_menus.h"

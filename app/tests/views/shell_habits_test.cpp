@@ -1,5 +1,7 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "common/collapsible_section.h"
 #include "framed_photo_canvas.h"
+#include "tessary/version.h"
 #include "joint_canvas_view.h"
 #include "pair/frame_pane.h"
 #include "shell/reviewer_view.h"
@@ -7,7 +9,10 @@
 #include "wheel.h"
 
 #include <QScrollArea>
+#include <QMenuBar>
+#include <QMessageBox>
 #include <QScrollBar>
+#include <QTimer>
 
 namespace tessary::test {
 
@@ -150,6 +155,28 @@ TEST_F(ShellTest, PageKeysStepThroughEveryPhotoAndCtrlKeysZoomAndQuit) {
     QTest::keyClick(&window, Qt::Key_Q, Qt::ControlModifier);
     QApplication::processEvents();
     EXPECT_FALSE(window.isVisible());
+}
+
+// Help ▸ About names the version, the detector and the licences.
+TEST_F(ShellTest, AboutTellsTheVersionTheDetectorAndTheLicence) {
+    QAction* about = nullptr;
+    for (QAction* title : window.menuBar()->actions())
+        if (QMenu* menu = title->menu())
+            for (QAction* command : menu->actions())
+                if (command->text() == u"&About Tessary"_s)
+                    about = command;
+    ASSERT_NE(about, nullptr);
+    QString shown;
+    QTimer::singleShot(0, &window, [&] {
+        if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+            shown = box->text();
+            box->accept();
+        }
+    });
+    about->trigger();
+    EXPECT_TRUE(shown.contains(u"Tessary "_s + QString::fromLatin1(tessary::version)));
+    EXPECT_TRUE(shown.contains(u"dravik-batch"_s));
+    EXPECT_TRUE(shown.contains(u"Apache License 2.0"_s));
 }
 
 } // namespace tessary::test

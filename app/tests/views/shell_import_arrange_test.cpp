@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "arrange/session_setup_dialog.h"
 #include "common/collapsible_section.h"
 #include "pair/pair_comparison_view.h"

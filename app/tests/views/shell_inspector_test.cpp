@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "dravik/joints.h"
 #include "inspector/joint_inspector.h"
 #include "lean/lean_review_view.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "coaching/single_photo_feedback_view.h"
 #include "dravik/discovery.h"
 #include "lean/lean_evidence_view.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "joint_canvas_view.h"
 #include "shell/reviewer_view.h"
 #include "sidebar/sidebar.h"

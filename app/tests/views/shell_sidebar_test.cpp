@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "common/collapsible_section.h"
 #include "dravik/error.h"
 #include "shell/reviewer_view.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "environment/sample_copy.h"
 #include "shell/review_window.h"
 #include "shell/reviewer_view.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "arrange/session_setup_dialog.h"
 
 #include "detection/detection_retry.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "coaching/coaching_checklist_view.h"
 
 #include "coaching_texts.h"

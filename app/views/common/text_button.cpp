@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "common/text_button.h"
 
 #include "common/widgets.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "lean/lean_evidence_view.h"
 
 #include "common/text_format.h"

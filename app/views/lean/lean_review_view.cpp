@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "lean/lean_review_view.h"
 
 #include "common/text_format.h"

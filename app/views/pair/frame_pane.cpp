@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "pair/frame_pane.h"
 
 #include "common/text_format.h"

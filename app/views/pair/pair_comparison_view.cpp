@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "pair/pair_comparison_view.h"
 
 #include "common/split_memory.h"

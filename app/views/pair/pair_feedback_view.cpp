@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "pair/pair_feedback_view.h"
 
 #include "coaching/coaching_checklist_view.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "photo_area/photo_area.h"
 
 #include "coaching/single_photo_feedback_view.h"

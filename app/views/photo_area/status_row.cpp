@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "photo_area/status_row.h"
 
 #include "reviewer_model.h"
@@ -5,12 +6,15 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenu>
+#include <QResizeEvent>
 #include <QStyle>
 #include <QToolButton>
 
 namespace tessary {
 
 namespace {
+
+constexpr int narrowWidth = 760;
 
 QString helpFor(const ReviewerModel& model) {
     if (model.leanMode())
@@ -53,6 +57,13 @@ StatusRow::StatusRow(ReviewerModel& model, QWidget* parent)
     refresh();
 }
 
+// Beside two panes and an inspector the row is too narrow for the hint and the message, which
+// would wrap past its height: the message matters more, the hint stays in the tooltip.
+void StatusRow::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    help_->setVisible(width() >= narrowWidth);
+}
+
 void StatusRow::refresh() {
     const bool detecting = model_.isDetecting();
     retry_->setText(detecting ? "Detecting…" : "Retry detection for active rider");
@@ -62,6 +73,7 @@ void StatusRow::refresh() {
         retry_->style()->pixelMetric(QStyle::PM_MenuButtonIndicator, nullptr, retry_));
     retry_->setEnabled(!detecting);
     help_->setText(helpFor(model_));
+    setToolTip(help_->text());
     message_->setText(QString::fromStdString(model_.message()));
 }
 

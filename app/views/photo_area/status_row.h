@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <QWidget>
@@ -23,6 +24,9 @@ class StatusRow : public QWidget {
     QAction* fullPhotoRetry() const { return fullPhotoRetry_; }
     QLabel* helpText() const { return help_; }
     QLabel* messageText() const { return message_; }
+
+  protected:
+    void resizeEvent(QResizeEvent* event) override;
 
   private:
     void refresh();

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "shell/disk_review_commands.h"
 
 #include "reviewer_model.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "shell/help_menu.h"
 
 #include "tessary/version.h"
@@ -13,7 +14,7 @@ using namespace Qt::StringLiterals;
 
 void addHelpMenu(QMainWindow& window) {
     QMenu* menu = window.menuBar()->addMenu(u"&Help"_s);
-    QAction* about = menu->addAction(u"About Tessary"_s);
+    QAction* about = menu->addAction(u"&About Tessary"_s);
     about->setMenuRole(QAction::AboutRole);
     QObject::connect(about, &QAction::triggered, &window, [&window] {
         const QString release = QString::fromLatin1(tessary::version);

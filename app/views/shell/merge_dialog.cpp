@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "shell/merge_dialog.h"
 
 #include "common/widgets.h"

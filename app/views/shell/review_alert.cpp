@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "shell/review_alert.h"
 
 #include "reviewer_model.h"

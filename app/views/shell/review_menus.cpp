@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "shell/review_menus.h"
 
 #include "arrange/session_setup_dialog.h"
@@ -15,24 +16,24 @@ namespace tessary {
 ReviewMenus::ReviewMenus(QMainWindow& window, ReviewerModel& model)
     : QObject(&window), model_(model) {
     QMenu* file = window.menuBar()->addMenu("&File");
-    open_ = file->addAction("Open Session…");
+    open_ = file->addAction("&Open Session…");
     open_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_O));
-    import_ = file->addAction("Import Photo Folder…");
-    arrange_ = file->addAction("Arrange Session…");
-    save_ = file->addAction("Save Review");
+    import_ = file->addAction("&Import Photo Folder…");
+    arrange_ = file->addAction("&Arrange Session…");
+    save_ = file->addAction("&Save Review");
     save_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_S));
     addDiskReviewCommands(window, *file);
     file->addSeparator();
-    exportReport_ = file->addAction("Export Coaching Report…");
-    exportCoco_ = file->addAction("Export Reviewed Joints (COCO)…");
+    exportReport_ = file->addAction("Export Coaching &Report…");
+    exportCoco_ = file->addAction("Export Reviewed &Joints (COCO)…");
     file->addSeparator();
-    quit_ = file->addAction("Quit");
+    quit_ = file->addAction("&Quit");
     quit_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
     quit_->setMenuRole(QAction::QuitRole);
     // Closing the window is quitting, and asks first when there is something to lose.
     connect(quit_, &QAction::triggered, &window, &QMainWindow::close);
     QMenu* edit = window.menuBar()->addMenu("&Edit");
-    undo_ = edit->addAction("Undo Review Edit");
+    undo_ = edit->addAction("&Undo Review Edit");
     undo_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Z));
 
     connect(open_, &QAction::triggered, this, [this] { model_.openSession(); });
@@ -66,9 +67,9 @@ void ReviewMenus::refresh() {
 
 void ReviewMenus::addDiskReviewCommands(QMainWindow& window, QMenu& file) {
     file.addSeparator();
-    saveCopy_ = file.addAction("Save Review Copy…");
-    reload_ = file.addAction("Reload Review from Disk");
-    merge_ = file.addAction("Merge With Review on Disk");
+    saveCopy_ = file.addAction("Save Review &Copy…");
+    reload_ = file.addAction("Re&load Review from Disk");
+    merge_ = file.addAction("&Merge With Review on Disk");
     disk_ = new DiskReviewCommands(window, model_);
     connect(saveCopy_, &QAction::triggered, this, [this] { model_.saveCopy(); });
     connect(reload_, &QAction::triggered, disk_, &DiskReviewCommands::reload);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "shell/reviewer_view.h"
 
 #include "arrange/session_setup_dialog.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "shell/view_menu.h"
 
 #include "pair/frame_pane.h"
@@ -31,20 +32,20 @@ void addViewMenu(QMainWindow& window, ReviewerView& view, ReviewerModel& model) 
         };
     };
     QObject::connect(
-        addCommand(menu, "Zoom In", {QKeySequence::ZoomIn, QKeySequence(Qt::CTRL | Qt::Key_Equal)}),
+        addCommand(menu, "Zoom &In", {QKeySequence::ZoomIn, QKeySequence(Qt::CTRL | Qt::Key_Equal)}),
         &QAction::triggered, &view, onPane([](FramePane& pane) { pane.zoomStep(1); }));
-    QObject::connect(addCommand(menu, "Zoom Out", {QKeySequence::ZoomOut}), &QAction::triggered,
+    QObject::connect(addCommand(menu, "Zoom &Out", {QKeySequence::ZoomOut}), &QAction::triggered,
                      &view, onPane([](FramePane& pane) { pane.zoomStep(-1); }));
-    QObject::connect(addCommand(menu, "Whole Photo", {QKeySequence(Qt::CTRL | Qt::Key_0)}),
+    QObject::connect(addCommand(menu, "&Whole Photo", {QKeySequence(Qt::CTRL | Qt::Key_0)}),
                      &QAction::triggered, &view,
                      onPane([](FramePane& pane) { pane.showWholePhoto(); }));
     menu->addSeparator();
     QObject::connect(
-        addCommand(menu, "Next Photo",
+        addCommand(menu, "&Next Photo",
                    {QKeySequence(Qt::Key_PageDown), QKeySequence(Qt::CTRL | Qt::Key_Down)}),
         &QAction::triggered, &model, [&model] { model.step(1); });
     QObject::connect(
-        addCommand(menu, "Previous Photo",
+        addCommand(menu, "&Previous Photo",
                    {QKeySequence(Qt::Key_PageUp), QKeySequence(Qt::CTRL | Qt::Key_Up)}),
         &QAction::triggered, &model, [&model] { model.step(-1); });
 }

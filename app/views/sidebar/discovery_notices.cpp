@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "sidebar/discovery_notices.h"
 
 #include "common/collapsible_section.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "sidebar/two_line_delegate.h"
 
 #include <QApplication>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "toolbar/review_toolbar.h"
 
 #include "reviewer_model.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "toolbar/segmented_picker.h"
 
 #include <QHBoxLayout>

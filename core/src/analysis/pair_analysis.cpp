@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "analysis/coaching_text.h"
 #include "analysis/evidence_digest.h"
 #include "analysis/included_angle.h"

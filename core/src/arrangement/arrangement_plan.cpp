@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "arrangement/arrangement_plan.h"
 
 #include "discovery/discovered_manifest.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "arrangement/companion_migration.h"
 
 #include "dravik/coaching.h"

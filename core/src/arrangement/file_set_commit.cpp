@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "arrangement/file_set_commit.h"
 
 #include "dravik/atomic_file.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "arrangement/review_migration.h"
 
 #include "document/review_parts.h"

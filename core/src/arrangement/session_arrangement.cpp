@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "arrangement/arrange_session.h"
 #include "arrangement/arrangement_plan.h"
 #include "arrangement/companion_migration.h"

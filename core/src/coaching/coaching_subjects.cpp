@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "coaching/coaching_subjects.h"
 
 #include "dravik/coaching.h"

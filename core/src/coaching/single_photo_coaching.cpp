@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "coaching/single_photo_codec.h"
 #include "dravik/coaching.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "discovery/photo_folder.h"
 
 #include "dravik/error.h"

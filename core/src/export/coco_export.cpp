@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "dravik/coco_export.h"
 
 #include "dravik/atomic_file.h"

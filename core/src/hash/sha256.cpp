@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "hash/sha256.h"
 
 #include "dravik/error.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "dravik/error.h"
 #include "dravik/file_io.h"
 #include "dravik/image.h"
@@ -40,8 +41,7 @@ ReducedImage ImageInput::reduced(const PixelRect& rect, int reduction) const {
                           " of its size.");
     const PhotoHeader header = readPhotoHeader(bytesOf(*bytes_), bytes_->size(), name);
     const PixelBox box = wholePixels(rect, header.oriented(), name);
-    const PixelBox covers =
-        scaledBox(box, header.oriented(), header.orientation, reduction).covers;
+    const PixelBox covers = scaledBox(box, header.oriented(), header.orientation, reduction).covers;
     return {decodePhotoBox(bytesOf(*bytes_), bytes_->size(), header, box, name, reduction),
             {double(covers.x), double(covers.y), double(covers.width), double(covers.height)}};
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "image/jpeg_codec.h"
 
 // clang-format off

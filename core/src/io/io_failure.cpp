@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "io/io_failure.h"
 
 #include "dravik/error.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "io/own_file.h"
 
 #include "dravik/error.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "json/geometry_codec.h"
 
 #include <limits>

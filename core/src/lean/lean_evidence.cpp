@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "dravik/lean_analysis.h"
 #include "hash/sha256.h"
 #include "lean/lean_pair.h"

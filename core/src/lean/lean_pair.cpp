@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "lean/lean_pair.h"
 
 #include "dravik/error.h"

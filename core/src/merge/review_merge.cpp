@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "dravik/review_merge.h"
 
 #include "document/review_parts.h"

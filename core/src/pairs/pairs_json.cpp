@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "pairs/pairs_json.h"
 
 #include "dravik/analysis.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "detection/result_codec.h"
 #include "dravik/store.h"
 #include "lean/lean_json.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "store/review_make.h"
 
 #include "dravik/store.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "dravik/error.h"
 #include "dravik/file_io.h"
 #include "dravik/store.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "dravik/session_review.h"
 
 #include "dravik/store.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "camera.h"
 #include "canvas.h"
 #include "dravik/image.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "dravik/analysis.h"
 #include "dravik/coaching.h"
 #include "dravik/detection.h"
