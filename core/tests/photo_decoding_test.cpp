@@ -100,6 +100,28 @@ TEST_F(PhotoDecodingTest, DamagedDataIsFoundWhenFirstDecodedAndABadHeaderAtOnce)
               "applying corrections. Previous selection preserved.");
 }
 
+// Opening decodes a header from the first mebibyte read; one ending further in is read from the
+// whole file, and one cut short there is still refused.
+TEST_F(PhotoDecodingTest, AHeaderEndingPastTheFirstMebibyteIsReadAndACutOneRefused) {
+    const auto plain = encodeJpeg(storedFor(ramps(160, 120), 6), {.quality = 90, .orientation = 6});
+    std::vector<std::uint8_t> padded(plain.begin(), plain.begin() + 2);
+    for (int i = 0; i < 20; ++i) { // application segments of 64 KiB, before the EXIF one
+        padded.insert(padded.end(), {0xff, 0xe2, 0xff, 0xff});
+        padded.insert(padded.end(), 0xfffd, std::uint8_t(i));
+    }
+    padded.insert(padded.end(), plain.begin() + 2, plain.end());
+    add("padded.jpg", padded, {160, 120}, {0, 0, 160, 120});
+    const std::vector<VerifiedPhoto> photos = verify();
+    EXPECT_EQ(photos[0].orientation, 6);
+    EXPECT_EQ(photos[0].size, (ImageSize{160, 120}));
+    EXPECT_EQ(decodeFramePhoto(frames[0], photos[0]).image.width, 160);
+
+    add("cut.jpg", {padded.begin(), padded.begin() + 1'200'000}, {160, 120}, {0, 0, 160, 120});
+    EXPECT_EQ(test::failureOf([&] { verify(); }),
+              "Cannot load subject photo (cut.jpg): \u201ccut.jpg\u201d is damaged or truncated "
+              "and cannot be decoded. Previous selection preserved.");
+}
+
 // At each scale the image covers the panel grown to the scale's grid, has the size predicted
 // without decoding, and looks like the full decode of that area shrunk by the mean of each block:
 // for a JPEG and a PNG, upright and turned by their EXIF orientation.

@@ -3,7 +3,9 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <sys/types.h>
@@ -69,6 +71,13 @@ FileContents readWholeFile(const std::filesystem::path& file, std::string_view k
 // The same, or none when nothing is there (a dangling link counts as nothing).
 std::optional<FileContents> readWholeFileIfPresent(const std::filesystem::path& file,
                                                    std::string_view kind, std::uint64_t maxBytes);
+
+// The same file read and refused as readWholeFile does, but in pieces through `buffer` (not
+// empty), so that it is never held whole: `take` gets each piece in order, every one but the last
+// filling the buffer. Returns the stamp of the file read.
+FileStamp readFileInPieces(const std::filesystem::path& file, std::string_view kind,
+                           std::uint64_t maxBytes, std::span<std::uint8_t> buffer,
+                           const std::function<void(std::span<const std::uint8_t>)>& take);
 
 // A folder held open, so that what is made in it is made there even if a name on its path is
 // swapped meanwhile.

@@ -11,8 +11,11 @@
 
 #include <atomic>
 #include <map>
+#include <memory>
 #include <new>
+#include <span>
 #include <tuple>
+#include <utility>
 
 namespace dravik {
 
@@ -47,15 +50,51 @@ PixelRect rectOf(const PixelBox& box) {
             static_cast<double>(box.height)};
 }
 
+// One reading of a photo: its header and hash are of the same bytes.
+struct PhotoReading {
+    FileStamp stamp;
+    PhotoHeader header;
+    std::string hash;
+};
+
+// Reads a photo once, hashing it as it comes through a buffer each thread keeps: holding every
+// photo whole meant allocating and clearing megabytes a photo, which cost as much as the hash.
+// The header is decoded from the first piece; the decoders fail when the bytes run out, so a
+// header they accept there is the whole file's. One that does not fit (or is damaged) is decoded
+// from the whole file, kept for it.
+PhotoReading readPhoto(const fs::path& file, const std::string& name) {
+    constexpr std::size_t pieceBytes = mebibyte;
+    thread_local const auto buffer = std::make_unique_for_overwrite<std::uint8_t[]>(pieceBytes);
+    Sha256 hash;
+    std::optional<PhotoHeader> header;
+    bool first = true;
+    std::string whole;
+    const FileStamp stamp = readFileInPieces(
+        file, "photo", maxPhotoFileBytes, {buffer.get(), pieceBytes},
+        [&](std::span<const std::uint8_t> piece) {
+            if (std::exchange(first, false)) {
+                try {
+                    header = readPhotoHeader(piece.data(), piece.size(), name);
+                } catch (const DravikError&) {
+                }
+            }
+            if (!header)
+                whole.append(reinterpret_cast<const char*>(piece.data()), piece.size());
+            hash.add(piece.data(), piece.size());
+        });
+    if (!header)
+        header = readPhotoHeader(bytesOf(whole), whole.size(), name);
+    return {stamp, *header, hash.text()};
+}
+
 VerifiedPhoto verify(const ReviewFrame& frame, const fs::path& manifest) {
     VerifiedPhoto photo;
     photo.file = ReviewStore::assetURL(frame.file, manifest);
-    const FileContents contents = readWholeFile(photo.file, "photo", maxPhotoFileBytes);
     const std::string name = quotedName(photo.file);
-    photo.stamp = contents.stamp;
-    const PhotoHeader header =
-        readPhotoHeader(bytesOf(contents.bytes), contents.bytes.size(), name);
-    if (sha256Text(contents.bytes.data(), contents.bytes.size()) != frame.sourceHash)
+    const PhotoReading reading = readPhoto(photo.file, name);
+    photo.stamp = reading.stamp;
+    const PhotoHeader& header = reading.header;
+    if (reading.hash != frame.sourceHash)
         throw DravikError(sourceChanged);
     photo.size = header.oriented();
     photo.orientation = header.orientation;

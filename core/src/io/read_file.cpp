@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
+#include <stdexcept>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -25,6 +26,23 @@ std::string mebibytes(std::uint64_t bytes) {
     return std::to_string(bytes / mebibyte) + " MiB";
 }
 
+[[noreturn]] void failTooLarge(const std::filesystem::path& file, std::string_view kind,
+                               std::uint64_t maxBytes) {
+    throw DravikError(quotedName(file) + " is too large to be a " + std::string(kind) + " (over " +
+                      mebibytes(maxBytes) + ").");
+}
+
+// What one read gave; 0 at the end.
+std::size_t readSome(int fd, const std::filesystem::path& file, void* into, std::size_t size) {
+    for (;;) {
+        const ssize_t got = ::read(fd, into, size);
+        if (got >= 0)
+            return static_cast<std::size_t>(got);
+        if (errno != EINTR)
+            failRead(file, errno);
+    }
+}
+
 // Reads to the end, or until more than `maxBytes` came: the file may grow while it is read.
 std::string readAll(int fd, const std::filesystem::path& file, std::string_view kind,
                     std::uint64_t maxBytes, std::uint64_t expected) {
@@ -34,18 +52,13 @@ std::string readAll(int fd, const std::filesystem::path& file, std::string_view 
     for (;;) {
         if (done == bytes.size()) {
             if (done > maxBytes)
-                throw DravikError(quotedName(file) + " is too large to be a " + std::string(kind) +
-                                  " (over " + mebibytes(maxBytes) + ").");
+                failTooLarge(file, kind, maxBytes);
             bytes.resize(std::min<std::uint64_t>(done * 2, maxBytes + 1));
         }
-        const ssize_t got = ::read(fd, bytes.data() + done, bytes.size() - done);
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got < 0)
-            failRead(file, errno);
+        const std::size_t got = readSome(fd, file, bytes.data() + done, bytes.size() - done);
         if (got == 0)
             break;
-        done += static_cast<std::size_t>(got);
+        done += got;
     }
     bytes.resize(done);
     return bytes;
@@ -100,10 +113,37 @@ FileContents readWholeFile(const std::filesystem::path& file, std::string_view k
     const FileDescriptor fd = openForReading(file, &contents.stamp);
     const auto size = static_cast<std::uint64_t>(contents.stamp.size);
     if (size > maxBytes)
-        throw DravikError(quotedName(file) + " is too large to be a " + std::string(kind) +
-                          " (over " + mebibytes(maxBytes) + ").");
+        failTooLarge(file, kind, maxBytes);
     contents.bytes = readAll(fd.get(), file, kind, maxBytes, size);
     return contents;
+}
+
+FileStamp readFileInPieces(const std::filesystem::path& file, std::string_view kind,
+                           std::uint64_t maxBytes, std::span<std::uint8_t> buffer,
+                           const std::function<void(std::span<const std::uint8_t>)>& take) {
+    if (buffer.empty())
+        throw std::invalid_argument("readFileInPieces needs a buffer to read into");
+    FileStamp stamp;
+    const FileDescriptor fd = openForReading(file, &stamp);
+    if (static_cast<std::uint64_t>(stamp.size) > maxBytes)
+        failTooLarge(file, kind, maxBytes);
+    std::uint64_t done = 0;
+    for (bool end = false; !end;) {
+        std::size_t filled = 0;
+        while (filled < buffer.size() && !end) {
+            const std::size_t got =
+                readSome(fd.get(), file, buffer.data() + filled, buffer.size() - filled);
+            filled += got;
+            end = got == 0;
+        }
+        done += filled;
+        // The file may grow while it is read.
+        if (done > maxBytes)
+            failTooLarge(file, kind, maxBytes);
+        if (filled > 0)
+            take(buffer.first(filled));
+    }
+    return stamp;
 }
 
 std::optional<FileContents> readWholeFileIfPresent(const std::filesystem::path& file,
