@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "common/collapsible_section.h"
 #include "framed_photo_canvas.h"
-#include "tessary/version.h"
 #include "joint_canvas_view.h"
 #include "pair/frame_pane.h"
 #include "shell/reviewer_view.h"
+#include "tessary/version.h"
 #include "views_fixture.h"
 #include "wheel.h"
 
-#include <QScrollArea>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QScrollArea>
 #include <QScrollBar>
 #include <QTimer>
 

@@ -31,9 +31,9 @@ void addViewMenu(QMainWindow& window, ReviewerView& view, ReviewerModel& model) 
                 act(*pane);
         };
     };
-    QObject::connect(
-        addCommand(menu, "Zoom &In", {QKeySequence::ZoomIn, QKeySequence(Qt::CTRL | Qt::Key_Equal)}),
-        &QAction::triggered, &view, onPane([](FramePane& pane) { pane.zoomStep(1); }));
+    QObject::connect(addCommand(menu, "Zoom &In",
+                                {QKeySequence::ZoomIn, QKeySequence(Qt::CTRL | Qt::Key_Equal)}),
+                     &QAction::triggered, &view, onPane([](FramePane& pane) { pane.zoomStep(1); }));
     QObject::connect(addCommand(menu, "Zoom &Out", {QKeySequence::ZoomOut}), &QAction::triggered,
                      &view, onPane([](FramePane& pane) { pane.zoomStep(-1); }));
     QObject::connect(addCommand(menu, "&Whole Photo", {QKeySequence(Qt::CTRL | Qt::Key_0)}),
