@@ -12,6 +12,7 @@
 #include "dravik/manifest.h"
 #include "dravik/review.h"
 #include "dravik/store.h"
+#include "generated_photos.h"
 #include "samplegen.h"
 #include "session_open_floor.h"
 
@@ -91,26 +92,10 @@ template <class Work> Timing timed(Work work) {
     return {since(start), cpuSeconds() - cpu};
 }
 
-// Generates the distinct photos once (kept between runs) and lays out the session of copies.
+// The session of copies of the generated photos.
 fs::path prepareSession(const Settings& settings) {
-    const fs::path source = settings.folder / "generated";
-    const fs::path stamp = source / "bench-options.txt";
-    char options[96];
-    std::snprintf(options, sizeof options, "%d photos, %g MP, seed 1\n", settings.distinct,
-                  settings.megapixels);
-    std::ifstream previous(stamp);
-    std::string line;
-    if (!(std::getline(previous, line) && line + "\n" == options)) {
-        fs::remove_all(source);
-        const auto start = Clock::now();
-        tessary::samplegen::Options generate;
-        generate.photos = settings.distinct;
-        generate.megapixels = settings.megapixels;
-        tessary::samplegen::writeSession(source, generate);
-        std::ofstream(stamp) << options;
-        std::printf("Generated %d photos of %g MP in %.1f s\n", settings.distinct,
-                    settings.megapixels, since(start));
-    }
+    const fs::path source =
+        tessary::bench::generatedPhotos(settings.folder, settings.distinct, settings.megapixels);
     const dravik::SessionManifest generated =
         dravik::SessionManifest::load(source / "session.json");
 

@@ -14,6 +14,7 @@
 #include "dravik/review.h"
 #include "dravik/store.h"
 #include "framed_photo_canvas.h"
+#include "generated_photos.h"
 #include "joint_canvas_view.h"
 #include "photo_scroll_view.h"
 #include "reviewer_model.h"
@@ -322,27 +323,11 @@ Figures spawnMeasurement(const fs::path& session, bool openOnly) {
     return figures;
 }
 
-// Generates the distinct photos once (kept between runs) and lays out a session of `photos`
-// copies, fresh each run so that no saved review of an earlier run is opened.
+// A session of `photos` copies of the generated photos, fresh each run so that no saved review of
+// an earlier run is opened.
 fs::path prepareSession(const Settings& settings, int photos) {
-    const fs::path source = settings.folder / "generated";
-    const fs::path stamp = source / "bench-options.txt";
-    char options[96];
-    std::snprintf(options, sizeof options, "%d photos, %g MP, seed 1\n", settings.distinct,
-                  settings.megapixels);
-    std::ifstream previous(stamp);
-    std::string line;
-    if (!(std::getline(previous, line) && line + "\n" == options)) {
-        fs::remove_all(source);
-        const auto start = Clock::now();
-        tessary::samplegen::Options generate;
-        generate.photos = settings.distinct;
-        generate.megapixels = settings.megapixels;
-        tessary::samplegen::writeSession(source, generate);
-        std::ofstream(stamp) << options;
-        std::printf("Generated %d photos of %g MP in %.1f s\n", settings.distinct,
-                    settings.megapixels, millisecondsSince(start) / 1000);
-    }
+    const fs::path source =
+        tessary::bench::generatedPhotos(settings.folder, settings.distinct, settings.megapixels);
     const fs::path session = settings.folder / ("session-" + std::to_string(photos));
     fs::remove_all(session);
     tessary::samplegen::writeCopiedSession(source, session, photos);
