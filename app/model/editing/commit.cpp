@@ -16,8 +16,8 @@ CommitOutcome ReviewerModel::commit(const DocumentChange& change, std::optional<
     const dravik::ReviewDocument* current = document();
     if (!current)
         return CommitOutcome::unchanged;
-    const bool wasApproved = snapshot_->leanReport.approved;
-    const auto pairBefore = pair();
+    // Only an approved pair is looked up: most commits have none, and edits must stay quick.
+    const auto approvedPair = snapshot_->leanReport.approved ? pair() : std::nullopt;
     auto revised = std::make_shared<dravik::ReviewDocument>(*current);
     bool changed = false;
     try {
@@ -48,10 +48,11 @@ CommitOutcome ReviewerModel::commit(const DocumentChange& change, std::optional<
     if (!saved)
         assign(unsavedEdits_, unsavedEdits_ + 1, savedRevisionChange);
     // Any change to the evidence or the checks takes an approval back; say so where it shows.
-    const auto pairAfter = pair();
-    if (wasApproved && !snapshot_->leanReport.approved && pairAfter && pairBefore &&
-        pairAfter->id == pairBefore->id)
-        setMessage(message_ + " \u00b7 Lean comparison approval withdrawn");
+    if (approvedPair && !snapshot_->leanReport.approved) {
+        const auto shown = pair();
+        if (shown && shown->id == approvedPair->id)
+            setMessage(message_ + " \u00b7 Lean comparison approval withdrawn");
+    }
     return saved ? CommitOutcome::saved : CommitOutcome::unsaved;
 }
 
