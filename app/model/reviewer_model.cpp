@@ -13,6 +13,7 @@ namespace tessary {
 
 ReviewerModel::ReviewerModel(Bundle bundle, std::shared_ptr<FileChooser> chooser, QObject* parent)
     : QObject(parent), bundle_(std::move(bundle)), chooser_(std::move(chooser)),
+      reviewEncoder_(std::make_unique<JobQueue>(1, 1)),
       // One core is left to the window; the queue holds no more than a few steps' neighbours.
       decoder_(std::make_unique<JobQueue>(std::max(1, QThread::idealThreadCount() - 1), 8)) {
     interaction_.canvasGeneration = freshUuid();

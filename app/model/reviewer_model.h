@@ -426,6 +426,7 @@ class ReviewerModel : public QObject {
     BatchLimits batchLimits_;
     // Receives the background decodes, so that they can be taken early without anything else.
     std::unique_ptr<QObject> decodeInbox_ = std::make_unique<QObject>();
+    std::unique_ptr<JobQueue> reviewEncoder_;
     std::unique_ptr<JobQueue> decoder_; // last: its threads stop before the rest goes
 };
 

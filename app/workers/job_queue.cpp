@@ -2,13 +2,20 @@
 #include "job_queue.h"
 
 #include <algorithm>
+#include <sys/resource.h>
+#include <unistd.h>
 
 namespace tessary {
 
 JobQueue::JobQueue(int threads, std::size_t capacity)
     : capacity_(std::max<std::size_t>(capacity, 1)) {
     for (int i = 0; i < std::max(threads, 1); ++i)
-        threads_.emplace_back([this](std::stop_token stop) { work(stop); });
+        threads_.emplace_back([this](std::stop_token stop) {
+            // Below the window's thread, so that a decode or a copy never keeps a paint waiting
+            // for a core; on Linux a thread has its own niceness.
+            setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), 10);
+            work(stop);
+        });
 }
 
 JobQueue::~JobQueue() {

@@ -102,7 +102,9 @@ TEST(ReviewStoreCodec, RoundTripsEverythingAndTheRevision) {
     // pretty dump that reads back as the edited document.
     ReviewDocument edited = document;
     edited.setJoint(1, "left_knee", Point2{7, 8}, JointReviewState::corrected);
-    for (const ReviewDocument& d : {document, edited}) {
+    ReviewDocument restored = edited;
+    restored.restore(1, "left_knee", std::nullopt);
+    for (const ReviewDocument& d : {document, edited, restored, edited}) {
         const std::string encoded = ReviewStore::encode(d);
         EXPECT_EQ(Json::parse(encoded).dump(2) + "\n", encoded);
         EXPECT_EQ(ReviewStore::decode(encoded, "review.json"), d);

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "dravik/error.h"
+#include "dravik/store.h"
 #include "editing/snapshot_building.h"
 #include "environment/fresh_uuid.h"
+#include "job_queue.h"
 #include "opening/session_reading.h"
 #include "photos/photo_decoding.h"
 #include "reviewer_model.h"
@@ -101,6 +103,15 @@ void ReviewerModel::reopen(const fs::path& manifest, const fs::path& results) {
         assign(view_.showMarkers, false, viewOptionsChange);
     setMessage(opened);
     prefetchNeighbours();
+    // The store keeps each frame's text once encoded: encoded now, off this thread, the first
+    // edit's save costs what every later one does.
+    reviewEncoder_->submit({"review", 0, [document = read.document] {
+                                try {
+                                    (void)dravik::ReviewStore::encode(*document);
+                                } catch (const std::exception&) {
+                                    // The first save says what is wrong, as it would anyway.
+                                }
+                            }});
 }
 
 } // namespace tessary

@@ -68,6 +68,10 @@ class ReviewDocument {
     const std::string& identity() const { return identity_; }
     std::int64_t revision() const { return revision_; }
     const std::vector<ReviewFrame>& frames() const { return frames_; }
+    // A number, unique in this process, that changes whenever frame `index` may have changed: two
+    // documents whose frame carries the same stamp hold the same frame, so caches of what a frame
+    // gives need not compare it whole.
+    std::uint64_t frameStamp(std::size_t index) const { return frameStamps_.at(index); }
     const ReviewFrame* frame(std::string_view id) const;
     std::optional<std::size_t> frameIndex(std::string_view id) const;
 
@@ -103,7 +107,7 @@ class ReviewDocument {
         pairAssessments_ = std::move(assessments);
     }
 
-    bool operator==(const ReviewDocument&) const = default;
+    bool operator==(const ReviewDocument& other) const;
     // Equal in everything but the revision.
     bool sameContent(const ReviewDocument& other) const;
 
@@ -114,6 +118,7 @@ class ReviewDocument {
     std::string identity_;
     std::int64_t revision_ = 0;
     std::vector<ReviewFrame> frames_;
+    std::vector<std::uint64_t> frameStamps_; // not content: equal documents may differ in them
     std::map<std::string, LeanAnnotation> leanAnnotations_;
     std::map<std::string, PairContext> pairContexts_;
     std::map<std::string, LeanPairContext> leanPairContexts_;

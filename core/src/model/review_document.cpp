@@ -3,15 +3,40 @@
 #include "dravik/review.h"
 
 #include <algorithm>
+#include <atomic>
 
 namespace dravik {
 
+namespace {
+
+std::uint64_t freshStamp() {
+    static std::atomic<std::uint64_t> next{1};
+    return next.fetch_add(1, std::memory_order_relaxed);
+}
+
+} // namespace
+
 ReviewDocument::ReviewDocument(std::string identity, std::vector<ReviewFrame> frames,
                                std::int64_t revision)
-    : identity_(std::move(identity)), revision_(revision), frames_(std::move(frames)) {}
+    : identity_(std::move(identity)), revision_(revision), frames_(std::move(frames)),
+      frameStamps_(frames_.size()) {
+    std::generate(frameStamps_.begin(), frameStamps_.end(), freshStamp);
+}
+
+bool ReviewDocument::operator==(const ReviewDocument& other) const {
+    return revision_ == other.revision_ && sameContent(other);
+}
 
 bool ReviewDocument::sameContent(const ReviewDocument& other) const {
-    return identity_ == other.identity_ && frames_ == other.frames_ &&
+    const auto sameFrames = [&] {
+        if (frames_.size() != other.frames_.size())
+            return false;
+        for (std::size_t i = 0; i < frames_.size(); ++i)
+            if (frameStamps_[i] != other.frameStamps_[i] && !(frames_[i] == other.frames_[i]))
+                return false;
+        return true;
+    };
+    return identity_ == other.identity_ && sameFrames() &&
            leanAnnotations_ == other.leanAnnotations_ && pairContexts_ == other.pairContexts_ &&
            leanPairContexts_ == other.leanPairContexts_ &&
            pairAssessments_ == other.pairAssessments_;
@@ -34,6 +59,7 @@ ReviewFrame& ReviewDocument::mutableFrame(std::size_t index) {
     if (index >= frames_.size())
         throw DravikError("The review has no frame number " + std::to_string(index + 1) + ".");
     requireRaisable();
+    frameStamps_[index] = freshStamp();
     return frames_[index];
 }
 

@@ -234,18 +234,22 @@ std::string framePath(std::size_t index) {
 class FrameTexts {
   public:
     // `index` names the frame in messages only.
-    std::string text(const ReviewFrame& frame, std::size_t index) {
+    std::string text(const ReviewFrame& frame, std::uint64_t stamp, std::size_t index) {
         {
             const std::lock_guard guard(mutex_);
             auto it = texts_.find(frame.id);
-            if (it != texts_.end() && it->second.frame == frame)
+            // Comparing whole frames costs as much as encoding them once their memory has gone
+            // cold, which it has after a few photos were decoded: the stamp answers first.
+            if (it != texts_.end() && (it->second.stamp == stamp || it->second.frame == frame)) {
+                it->second.stamp = stamp;
                 return it->second.text;
+            }
         }
         std::string text = encodeFrame(frame, index);
         const std::lock_guard guard(mutex_);
         if (texts_.size() >= maxFrames)
             texts_.clear();
-        texts_.insert_or_assign(frame.id, Entry{frame, text});
+        texts_.insert_or_assign(frame.id, Entry{frame, stamp, text});
         return text;
     }
 
@@ -253,6 +257,7 @@ class FrameTexts {
     static constexpr std::size_t maxFrames = 4096;
     struct Entry {
         ReviewFrame frame;
+        std::uint64_t stamp = 0;
         std::string text;
     };
 
@@ -314,25 +319,36 @@ std::string ReviewStore::encode(const ReviewDocument& document) {
     readHead(rootNode);
     std::set<std::string> ids;
     std::set<std::pair<std::string, std::string>> pairRoles;
-    std::string frames;
+    std::vector<std::string> frames;
+    frames.reserve(document.frames().size());
+    std::size_t framesSize = 0;
     for (std::size_t i = 0; i < document.frames().size(); ++i) {
         const ReviewFrame& frame = document.frames()[i];
         admitFrame(frame, ids, pairRoles, [&](std::string_view key, const std::string& problem) {
             json::Node(root, source, framePath(i)).failMember(key, problem);
         });
-        frames += frames.empty() ? "[\n" : ",\n";
-        frames += frameTexts().text(frame, i);
+        frames.push_back(frameTexts().text(frame, document.frameStamp(i), i));
+        framesSize += frames.back().size() + 2;
     }
     readAnnotations(rootNode, document.frames());
 
-    std::string text = json::dump(root, kind, json::Layout::pretty);
+    const std::string text = json::dump(root, kind, json::Layout::pretty);
     if (frames.empty())
         return text;
-    frames += "\n  ]";
+    // Assembled in one buffer of its final size: growing a string of megabytes piece by piece
+    // costs more than everything else a save does.
     constexpr std::string_view emptyFrames = "\n  \"frames\": []";
-    const std::size_t at = text.find(emptyFrames);
-    text.replace(at + emptyFrames.size() - 2, 2, frames);
-    return text;
+    const std::size_t at = text.find(emptyFrames) + emptyFrames.size() - 2;
+    std::string out;
+    out.reserve(text.size() + framesSize + 4);
+    out.append(text, 0, at);
+    for (const std::string& piece : frames) {
+        out += &piece == &frames.front() ? "[\n" : ",\n";
+        out += piece;
+    }
+    out += "\n  ]";
+    out.append(text, at + 2);
+    return out;
 }
 
 ReviewDocument ReviewStore::decode(std::string_view text, const std::string& fileLabel) {
