@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <filesystem>
 #include <string>
 #include <sys/types.h>
 #include <vector>
@@ -19,7 +20,8 @@ class ModelProcess {
     static constexpr std::uint32_t magic = 0x31505344;
 
     // Starts the process with `role` added to the setup's command; the first request waits for
-    // its "loaded" answer, so that it loads while the caller does other work.
+    // its ready answer, so that it loads while the caller does other work, and refuses a Node.js
+    // too old for the worker.
     ModelProcess(const WorkerSetup& setup, const std::string& role);
     ~ModelProcess();
     ModelProcess(const ModelProcess&) = delete;
@@ -34,12 +36,16 @@ class ModelProcess {
     void stop();
 
   private:
+    void awaitReady();
+    std::string readReady();
+    std::uint32_t readHead();
     std::vector<float> readAnswer(std::size_t columns, std::size_t maxRows);
     void readExactly(void* buffer, std::size_t size);
     void writeAll(const void* buffer, std::size_t size);
     [[noreturn]] void timedOut();
 
     std::string name_;
+    std::filesystem::path node_;
     std::chrono::milliseconds timeout_;
     std::chrono::steady_clock::time_point deadline_;
     std::chrono::steady_clock::time_point readyBy_;
