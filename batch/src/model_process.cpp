@@ -109,6 +109,11 @@ void ModelProcess::timedOut() {
 std::vector<float> ModelProcess::run(std::uint32_t model, int side,
                                      const std::vector<std::uint8_t>& rgb, std::size_t columns,
                                      std::size_t maxRows) {
+    send(model, side, rgb);
+    return receive(columns, maxRows);
+}
+
+void ModelProcess::send(std::uint32_t model, int side, const std::vector<std::uint8_t>& rgb) {
     if (pid_ < 0)
         throw WorkerError("The pose worker " + name_ + " is no longer running.");
     if (!ready_) {
@@ -119,7 +124,6 @@ std::vector<float> ModelProcess::run(std::uint32_t model, int side,
     deadline_ = std::chrono::steady_clock::now() + timeout_;
     writeAll(header, sizeof header);
     writeAll(rgb.data(), rgb.size());
-    return readAnswer(columns, maxRows);
 }
 
 void ModelProcess::awaitReady() {
@@ -178,7 +182,9 @@ std::uint32_t ModelProcess::readHead() {
     return head[2];
 }
 
-std::vector<float> ModelProcess::readAnswer(std::size_t columns, std::size_t maxRows) {
+std::vector<float> ModelProcess::receive(std::size_t columns, std::size_t maxRows) {
+    if (pid_ < 0)
+        throw WorkerError("The pose worker " + name_ + " is no longer running.");
     const std::uint32_t rows = readHead();
     std::uint32_t width = 0;
     readExactly(&width, sizeof width);

@@ -32,6 +32,10 @@ class ModelProcess {
     std::vector<float> run(std::uint32_t model, int side, const std::vector<std::uint8_t>& rgb,
                            std::size_t columns, std::size_t maxRows);
 
+    // The two halves of run(), so that two processes can work side by side.
+    void send(std::uint32_t model, int side, const std::vector<std::uint8_t>& rgb);
+    std::vector<float> receive(std::size_t columns, std::size_t maxRows);
+
     [[noreturn]] void failed(const std::string& what);
     void stop();
 
@@ -39,7 +43,6 @@ class ModelProcess {
     void awaitReady();
     std::string readReady();
     std::uint32_t readHead();
-    std::vector<float> readAnswer(std::size_t columns, std::size_t maxRows);
     void readExactly(void* buffer, std::size_t size);
     void writeAll(const void* buffer, std::size_t size);
     [[noreturn]] void timedOut();

@@ -45,8 +45,9 @@ struct SquareObject {
     int cocoClass = 0;
 };
 
-// The models of one batch run, in two long-lived processes: the two finders in one, the
-// single-person model in the other. Every failure is a WorkerError sentence naming the worker.
+// The models of one batch run, in two long-lived processes: the object detector in one, the
+// multi-person and single-person models in the other, so that the two finders look at a photo side
+// by side. Every failure is a WorkerError sentence naming the worker.
 class PoseWorker {
   public:
     static constexpr int poseSide = 256;
@@ -60,13 +61,23 @@ class PoseWorker {
     std::vector<SquarePerson> people(const std::vector<std::uint8_t>& rgb);
     std::vector<SquareObject> objects(const std::vector<std::uint8_t>& rgb);
 
+    // Both finders on their squares of one region at once.
+    struct Sightings {
+        std::vector<SquareObject> objects;
+        std::vector<SquarePerson> people;
+    };
+    Sightings objectsAndPeople(const std::vector<std::uint8_t>& objectsRgb,
+                               const std::vector<std::uint8_t>& peopleRgb);
+
   private:
+    std::vector<SquarePerson> receivePeople();
+    std::vector<SquareObject> receiveObjects();
     void checkPoint(const SquarePoint& point);
     void checkBox(const SquareBox& box);
     [[noreturn]] void failed(const std::string& what);
 
-    ModelProcess search_;
-    ModelProcess pose_;
+    ModelProcess objects_;
+    ModelProcess poses_;
 };
 
 } // namespace dravik::batch

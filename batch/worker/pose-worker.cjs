@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // Model worker of dravik-batch: runs the MoveNet pose models and the NanoDet object detector on
 // TensorFlow.js (WebAssembly backend).
-// usage: node pose-worker.cjs <models folder> [search | pose]
-// "search" loads the two finders (people, objects), "pose" the single-person model, neither both.
+// usage: node pose-worker.cjs <models folder> [objects | poses]
+// "objects" loads the object detector, "poses" the multi-person and single-person models, neither
+// all three.
 // CommonJS on purpose: Node loads the packages' large CommonJS bundles several times faster
 // through require() than through an ES module's import, which scans them for their exports first.
 //
@@ -161,21 +162,12 @@ async function load(folder, role) {
   const widen = float16Table();
   const model = (name) => loadModel(path.join(folder, name), widen);
   const models = {};
-  if (role !== 'search') models.single = model('movenet-thunder.json');
-  if (role !== 'pose') {
+  if (role !== 'poses') models.objects = model('nanodet.json');
+  if (role !== 'objects') {
     models.multi = model('movenet-multipose.json');
-    models.objects = model('nanodet.json');
+    models.single = model('movenet-thunder.json');
   }
   return models;
-}
-
-// A model's first run costs several later ones. The single-person model's requests come only
-// after the finders have answered, so it runs once while they work; the finders' first requests
-// come at once and would wait for a run on a blank square.
-function warmUp(models) {
-  if (!models.single) return;
-  const input = tf.zeros([1, POSE_SIDE, POSE_SIDE, 3], 'int32');
-  tf.dispose([input, models.single.execute(input)]);
 }
 
 // No rows, then Node's version as `node --version` prints it, for the caller to check.
@@ -188,7 +180,7 @@ function ready() {
 
 // 17 rows of (y, x, score), fractions of the square.
 function pose(models, rgb) {
-  const input = tf.tensor4d(Int32Array.from(rgb), [1, POSE_SIDE, POSE_SIDE, 3], 'int32');
+  const input = tf.tensor4d(new Int32Array(rgb), [1, POSE_SIDE, POSE_SIDE, 3], 'int32');
   const out = models.single.execute(input);
   const values = out.dataSync();
   tf.dispose([input, out]);
@@ -199,7 +191,7 @@ function pose(models, rgb) {
 
 // Up to 6 rows: 17 × (y, x, score), then ymin, xmin, ymax, xmax and the person's score.
 function people(models, side, rgb) {
-  const input = tf.tensor4d(Int32Array.from(rgb), [1, side, side, 3], 'int32');
+  const input = tf.tensor4d(new Int32Array(rgb), [1, side, side, 3], 'int32');
   const out = models.multi.execute(input);
   const rows = out.arraySync()[0];
   tf.dispose([input, out]);
@@ -269,7 +261,6 @@ async function main() {
   let models;
   try {
     models = await load(folder, process.argv[3]);
-    warmUp(models);
   } catch (error) {
     fail(`The models in ${folder} could not be loaded (${String(error.message || error).split('\n')[0]}).`);
     process.exit(3);
