@@ -43,23 +43,16 @@ SquarePose PoseWorker::pose(const std::vector<std::uint8_t>& rgb) {
 }
 
 std::vector<SquarePerson> PoseWorker::people(const std::vector<std::uint8_t>& rgb) {
-    poses_.send(peopleModel, peopleSide, rgb);
+    sendPeople(rgb);
     return receivePeople();
 }
 
-std::vector<SquareObject> PoseWorker::objects(const std::vector<std::uint8_t>& rgb) {
-    objects_.send(objectModel, objectSide, rgb);
-    return receiveObjects();
+void PoseWorker::sendPeople(const std::vector<std::uint8_t>& rgb) {
+    poses_.send(peopleModel, peopleSide, rgb);
 }
 
-PoseWorker::Sightings PoseWorker::objectsAndPeople(const std::vector<std::uint8_t>& objectsRgb,
-                                                   const std::vector<std::uint8_t>& peopleRgb) {
-    objects_.send(objectModel, objectSide, objectsRgb);
-    poses_.send(peopleModel, peopleSide, peopleRgb);
-    Sightings seen;
-    seen.objects = receiveObjects();
-    seen.people = receivePeople();
-    return seen;
+void PoseWorker::sendObjects(const std::vector<std::uint8_t>& rgb) {
+    objects_.send(objectModel, objectSide, rgb);
 }
 
 std::vector<SquarePerson> PoseWorker::receivePeople() {

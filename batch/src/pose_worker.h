@@ -59,19 +59,16 @@ class PoseWorker {
     // Each takes a square of its side × side × 3 RGB bytes.
     SquarePose pose(const std::vector<std::uint8_t>& rgb);
     std::vector<SquarePerson> people(const std::vector<std::uint8_t>& rgb);
-    std::vector<SquareObject> objects(const std::vector<std::uint8_t>& rgb);
 
-    // Both finders on their squares of one region at once.
-    struct Sightings {
-        std::vector<SquareObject> objects;
-        std::vector<SquarePerson> people;
-    };
-    Sightings objectsAndPeople(const std::vector<std::uint8_t>& objectsRgb,
-                               const std::vector<std::uint8_t>& peopleRgb);
+    // The finders in two halves each: the object detector and the multi-person model run in
+    // different processes, so both can look at once, and the caller can make its next square
+    // while they do.
+    void sendObjects(const std::vector<std::uint8_t>& rgb);
+    std::vector<SquareObject> receiveObjects();
+    void sendPeople(const std::vector<std::uint8_t>& rgb);
+    std::vector<SquarePerson> receivePeople();
 
   private:
-    std::vector<SquarePerson> receivePeople();
-    std::vector<SquareObject> receiveObjects();
     void checkPoint(const SquarePoint& point);
     void checkBox(const SquareBox& box);
     [[noreturn]] void failed(const std::string& what);

@@ -135,19 +135,30 @@ class Search {
         addPeople(worker_.people(squares_.sample(region, PoseWorker::peopleSide)), region);
     }
 
-    // The people and two-wheelers the object detector sees in `region`, inside the area.
-    void lookForObjects(const SquareRegion& region) {
-        addObjects(worker_.objects(squares_.sample(region, PoseWorker::objectSide)), region);
+    // The people and two-wheelers the object detector sees in each region, inside the area. Each
+    // square is made while the detector looks at the one before: a tile of a large photo takes
+    // about as long to decode as to look at.
+    void lookForObjects(const std::vector<SquareRegion>& regions) {
+        if (regions.empty())
+            return;
+        worker_.sendObjects(squares_.sample(regions.front(), PoseWorker::objectSide));
+        for (std::size_t i = 0; i < regions.size(); ++i) {
+            std::vector<std::uint8_t> next;
+            if (i + 1 < regions.size())
+                next = squares_.sample(regions[i + 1], PoseWorker::objectSide);
+            addObjects(worker_.receiveObjects(), regions[i]);
+            if (!next.empty())
+                worker_.sendObjects(next);
+        }
     }
 
     // Both, the two models working side by side.
     void lookForEveryone(const SquareRegion& region) {
         // The object detector's square first: its finer decode serves both.
-        std::vector<std::uint8_t> objects = squares_.sample(region, PoseWorker::objectSide);
-        auto seen =
-            worker_.objectsAndPeople(objects, squares_.sample(region, PoseWorker::peopleSide));
-        addObjects(seen.objects, region);
-        addPeople(seen.people, region);
+        worker_.sendObjects(squares_.sample(region, PoseWorker::objectSide));
+        worker_.sendPeople(squares_.sample(region, PoseWorker::peopleSide));
+        addObjects(worker_.receiveObjects(), region);
+        addPeople(worker_.receivePeople(), region);
     }
 
     RiderChoice choose() const { return chooseRider(seen_, area_); }
@@ -216,8 +227,7 @@ Detection RiderDetector::detect(const ImageInput& photo, const PixelRect& area,
     RiderChoice choice = search.choose();
     if (!choice.riderRides() && overview.side > tileFrom * PoseWorker::objectSide &&
         (choice.count == 0 || (choice.count == 1 && small(choice.seen[*choice.rider].box)))) {
-        for (const SquareRegion& tile : tiles(area, overview.side * tileShare))
-            search.lookForObjects(tile);
+        search.lookForObjects(tiles(area, overview.side * tileShare));
         choice = search.choose();
     }
     if (choice.rider && choice.seen[*choice.rider].keypoints.empty()) {
