@@ -78,17 +78,21 @@ ModelProcess::~ModelProcess() {
     stop();
 }
 
+void ModelProcess::leave() {
+    closeIfOpen(toWorker_);
+    closeIfOpen(fromWorker_);
+}
+
 void ModelProcess::stop() {
     if (pid_ < 0)
         return;
-    closeIfOpen(toWorker_); // end of input asks the worker to leave
-    closeIfOpen(fromWorker_);
-    for (int i = 0; i < 20; ++i) {
+    leave();
+    for (int i = 0; i < 100; ++i) {
         if (::waitpid(pid_, nullptr, WNOHANG) == pid_) {
             pid_ = -1;
             return;
         }
-        std::this_thread::sleep_for(std::chrono::milliseconds(25));
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
     ::kill(pid_, SIGKILL);
     ::waitpid(pid_, nullptr, 0);

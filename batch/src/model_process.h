@@ -37,6 +37,8 @@ class ModelProcess {
     std::vector<float> receive(std::size_t columns, std::size_t maxRows);
 
     [[noreturn]] void failed(const std::string& what);
+    // Ends its input, which asks it to leave; stop() then waits for it (half a second at most).
+    void leave();
     void stop();
 
   private:

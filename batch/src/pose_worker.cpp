@@ -25,6 +25,12 @@ SquarePose posed(const float* rows) {
 PoseWorker::PoseWorker(const WorkerSetup& setup)
     : objects_(setup, "objects"), poses_(setup, "poses") {}
 
+// Both are asked to leave before either is waited for, so that they end side by side.
+PoseWorker::~PoseWorker() {
+    objects_.leave();
+    poses_.leave();
+}
+
 void PoseWorker::failed(const std::string& what) {
     poses_.stop();
     objects_.failed(what);

@@ -55,6 +55,9 @@ class PoseWorker {
     static constexpr int objectSide = 416;
 
     explicit PoseWorker(const WorkerSetup& setup);
+    ~PoseWorker();
+    PoseWorker(const PoseWorker&) = delete;
+    PoseWorker& operator=(const PoseWorker&) = delete;
 
     // Each takes a square of its side × side × 3 RGB bytes.
     SquarePose pose(const std::vector<std::uint8_t>& rgb);
