@@ -1,7 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
 # Copies the pose worker and its models into the build tree; file(COPY) skips unchanged files.
-file(COPY "${WORKER_SOURCE}/pose-worker.mjs" "${WORKER_SOURCE}/package.json"
+file(COPY "${WORKER_SOURCE}/pose-worker.cjs" "${WORKER_SOURCE}/package.json"
      DESTINATION "${WORKER_DESTINATION}")
+file(REMOVE "${WORKER_DESTINATION}/pose-worker.mjs") # the ES-module worker of earlier builds
 if(IS_DIRECTORY "${WORKER_SOURCE}/node_modules")
     # A copy made from other packages or by other rules than these is made anew, so that nothing
     # these rules leave out lingers in it.

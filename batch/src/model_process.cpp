@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "model_process.h"
 
+#include "node_runtime.h"
+
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -31,7 +33,7 @@ void closeIfOpen(int& fd) {
 } // namespace
 
 ModelProcess::ModelProcess(const WorkerSetup& setup, const std::string& role)
-    : name_(curly(setup.name)), timeout_(setup.timeout) {
+    : name_(curly(setup.name)), node_(setup.node), timeout_(setup.timeout) {
     std::vector<std::string> command = setup.command;
     if (command.empty())
         throw WorkerError("The pose worker " + name_ + " has no command to start.");
@@ -76,17 +78,21 @@ ModelProcess::~ModelProcess() {
     stop();
 }
 
+void ModelProcess::leave() {
+    closeIfOpen(toWorker_);
+    closeIfOpen(fromWorker_);
+}
+
 void ModelProcess::stop() {
     if (pid_ < 0)
         return;
-    closeIfOpen(toWorker_); // end of input asks the worker to leave
-    closeIfOpen(fromWorker_);
-    for (int i = 0; i < 20; ++i) {
+    leave();
+    for (int i = 0; i < 100; ++i) {
         if (::waitpid(pid_, nullptr, WNOHANG) == pid_) {
             pid_ = -1;
             return;
         }
-        std::this_thread::sleep_for(std::chrono::milliseconds(25));
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
     ::kill(pid_, SIGKILL);
     ::waitpid(pid_, nullptr, 0);
@@ -107,23 +113,64 @@ void ModelProcess::timedOut() {
 std::vector<float> ModelProcess::run(std::uint32_t model, int side,
                                      const std::vector<std::uint8_t>& rgb, std::size_t columns,
                                      std::size_t maxRows) {
+    send(model, side, rgb);
+    return receive(columns, maxRows);
+}
+
+void ModelProcess::send(std::uint32_t model, int side, const std::vector<std::uint8_t>& rgb) {
     if (pid_ < 0)
         throw WorkerError("The pose worker " + name_ + " is no longer running.");
     if (!ready_) {
-        deadline_ = readyBy_;
-        readAnswer(0, 0); // no rows: the models are loaded
+        awaitReady();
         ready_ = true;
     }
     std::uint32_t header[3] = {magic, model, std::uint32_t(side)};
     deadline_ = std::chrono::steady_clock::now() + timeout_;
     writeAll(header, sizeof header);
     writeAll(rgb.data(), rgb.size());
-    return readAnswer(columns, maxRows);
 }
 
-std::vector<float> ModelProcess::readAnswer(std::size_t columns, std::size_t maxRows) {
-    std::uint32_t head[2];
-    readExactly(head, sizeof head);
+void ModelProcess::awaitReady() {
+    deadline_ = readyBy_;
+    std::string version;
+    try {
+        version = readReady();
+    } catch (const WorkerError&) {
+        // A Node.js too old or broken to run the worker says more than the worker's failure.
+        if (!node_.empty())
+            try {
+                checkedNode(node_);
+            } catch (const DravikError& refusal) {
+                throw WorkerError(refusal.what());
+            }
+        throw;
+    }
+    if (!node_.empty())
+        try {
+            checkNodeVersion(node_, version);
+        } catch (const DravikError& refusal) {
+            stop();
+            throw WorkerError(refusal.what());
+        }
+}
+
+// No rows, then the version of the Node.js running the worker.
+std::string ModelProcess::readReady() {
+    if (readHead() != 0)
+        failed("answered with something that is not a pose answer.");
+    std::uint32_t length = 0;
+    readExactly(&length, sizeof length);
+    if (length > 64)
+        failed("answered with something that is not a pose answer.");
+    std::string version(length, '\0');
+    readExactly(version.data(), length);
+    return version;
+}
+
+// The magic and a status: a failure becomes a WorkerError with the worker's sentence.
+std::uint32_t ModelProcess::readHead() {
+    std::uint32_t head[3];
+    readExactly(head, 2 * sizeof head[0]);
     if (head[0] != magic)
         failed("answered with something that is not a pose answer.");
     if (head[1] != 0) {
@@ -135,12 +182,20 @@ std::vector<float> ModelProcess::readAnswer(std::size_t columns, std::size_t max
         readExactly(message.data(), length);
         failed("failed: " + message);
     }
-    std::uint32_t shape[2];
-    readExactly(shape, sizeof shape);
-    if (shape[0] > maxRows || (shape[0] > 0 && shape[1] != columns))
-        failed("answered with a table of " + std::to_string(shape[0]) + " \u00d7 " +
-               std::to_string(shape[1]) + " numbers, which is not what was asked for.");
-    std::vector<float> values(static_cast<std::size_t>(shape[0]) * columns);
+    readExactly(&head[2], sizeof head[2]);
+    return head[2];
+}
+
+std::vector<float> ModelProcess::receive(std::size_t columns, std::size_t maxRows) {
+    if (pid_ < 0)
+        throw WorkerError("The pose worker " + name_ + " is no longer running.");
+    const std::uint32_t rows = readHead();
+    std::uint32_t width = 0;
+    readExactly(&width, sizeof width);
+    if (rows > maxRows || (rows > 0 && width != columns))
+        failed("answered with a table of " + std::to_string(rows) + " \u00d7 " +
+               std::to_string(width) + " numbers, which is not what was asked for.");
+    std::vector<float> values(static_cast<std::size_t>(rows) * columns);
     readExactly(values.data(), values.size() * sizeof(float));
     return values;
 }

@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <filesystem>
 #include <string>
 #include <sys/types.h>
 #include <vector>
@@ -19,7 +20,8 @@ class ModelProcess {
     static constexpr std::uint32_t magic = 0x31505344;
 
     // Starts the process with `role` added to the setup's command; the first request waits for
-    // its "loaded" answer, so that it loads while the caller does other work.
+    // its ready answer, so that it loads while the caller does other work, and refuses a Node.js
+    // too old for the worker.
     ModelProcess(const WorkerSetup& setup, const std::string& role);
     ~ModelProcess();
     ModelProcess(const ModelProcess&) = delete;
@@ -30,16 +32,25 @@ class ModelProcess {
     std::vector<float> run(std::uint32_t model, int side, const std::vector<std::uint8_t>& rgb,
                            std::size_t columns, std::size_t maxRows);
 
+    // The two halves of run(), so that two processes can work side by side.
+    void send(std::uint32_t model, int side, const std::vector<std::uint8_t>& rgb);
+    std::vector<float> receive(std::size_t columns, std::size_t maxRows);
+
     [[noreturn]] void failed(const std::string& what);
+    // Ends its input, which asks it to leave; stop() then waits for it (half a second at most).
+    void leave();
     void stop();
 
   private:
-    std::vector<float> readAnswer(std::size_t columns, std::size_t maxRows);
+    void awaitReady();
+    std::string readReady();
+    std::uint32_t readHead();
     void readExactly(void* buffer, std::size_t size);
     void writeAll(const void* buffer, std::size_t size);
     [[noreturn]] void timedOut();
 
     std::string name_;
+    std::filesystem::path node_;
     std::chrono::milliseconds timeout_;
     std::chrono::steady_clock::time_point deadline_;
     std::chrono::steady_clock::time_point readyBy_;

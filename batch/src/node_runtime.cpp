@@ -94,21 +94,28 @@ fs::path configuredNode() {
     return TESSARY_NODE;
 }
 
-fs::path checkedNode(const fs::path& node) {
+fs::path presentNode(const fs::path& node) {
     if (::access(node.c_str(), X_OK) != 0)
         throw DravikError("Node.js, which runs the pose worker, is missing at " + curly(node) +
                           "; install Node.js " + std::to_string(oldestMajor) +
                           " or later there (Debian's package nodejs) or rebuild Tessary with "
                           "TESSARY_NODE naming another.");
-    const auto output = versionOutput(node);
-    const auto major = output ? majorVersion(*output) : std::nullopt;
+    return node;
+}
+
+void checkNodeVersion(const fs::path& node, const std::optional<std::string>& version) {
+    const auto major = version ? majorVersion(*version) : std::nullopt;
     if (!major)
         throw DravikError("Node.js at " + curly(node) +
                           " did not report its version, so it cannot run the pose worker.");
     if (*major < oldestMajor)
         throw DravikError("The pose worker needs Node.js " + std::to_string(oldestMajor) +
                           " or later, but " + curly(node) + " is version " +
-                          output->substr(1, output->find_first_of("\r\n") - 1) + ".");
+                          version->substr(1, version->find_first_of("\r\n") - 1) + ".");
+}
+
+fs::path checkedNode(const fs::path& node) {
+    checkNodeVersion(presentNode(node), versionOutput(node));
     return node;
 }
 

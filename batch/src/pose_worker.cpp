@@ -21,18 +21,24 @@ SquarePose posed(const float* rows) {
 
 } // namespace
 
-// The single-person model runs beside the two finders, so that it loads and warms up while they
-// search.
-PoseWorker::PoseWorker(const WorkerSetup& setup) : search_(setup, "search"), pose_(setup, "pose") {}
+// The object detector's process loads and runs about as long as the two pose models' does.
+PoseWorker::PoseWorker(const WorkerSetup& setup)
+    : objects_(setup, "objects"), poses_(setup, "poses") {}
+
+// Both are asked to leave before either is waited for, so that they end side by side.
+PoseWorker::~PoseWorker() {
+    objects_.leave();
+    poses_.leave();
+}
 
 void PoseWorker::failed(const std::string& what) {
-    pose_.stop();
-    search_.failed(what);
+    poses_.stop();
+    objects_.failed(what);
 }
 
 SquarePose PoseWorker::pose(const std::vector<std::uint8_t>& rgb) {
     const std::size_t joints = std::tuple_size_v<SquarePose>;
-    std::vector<float> values = pose_.run(poseModel, poseSide, rgb, 3, joints);
+    std::vector<float> values = poses_.run(poseModel, poseSide, rgb, 3, joints);
     if (values.size() != joints * 3)
         failed("answered with " + std::to_string(values.size() / 3) + " keypoints instead of " +
                std::to_string(joints) + ".");
@@ -43,8 +49,21 @@ SquarePose PoseWorker::pose(const std::vector<std::uint8_t>& rgb) {
 }
 
 std::vector<SquarePerson> PoseWorker::people(const std::vector<std::uint8_t>& rgb) {
+    sendPeople(rgb);
+    return receivePeople();
+}
+
+void PoseWorker::sendPeople(const std::vector<std::uint8_t>& rgb) {
+    poses_.send(peopleModel, peopleSide, rgb);
+}
+
+void PoseWorker::sendObjects(const std::vector<std::uint8_t>& rgb) {
+    objects_.send(objectModel, objectSide, rgb);
+}
+
+std::vector<SquarePerson> PoseWorker::receivePeople() {
     constexpr std::size_t columns = 56; // 17 keypoints, a box and a score
-    std::vector<float> values = search_.run(peopleModel, peopleSide, rgb, columns, 6);
+    std::vector<float> values = poses_.receive(columns, 6);
     std::vector<SquarePerson> found(values.size() / columns);
     for (std::size_t i = 0; i < found.size(); ++i) {
         const float* row = values.data() + i * columns;
@@ -59,11 +78,11 @@ std::vector<SquarePerson> PoseWorker::people(const std::vector<std::uint8_t>& rg
     return found;
 }
 
-std::vector<SquareObject> PoseWorker::objects(const std::vector<std::uint8_t>& rgb) {
+std::vector<SquareObject> PoseWorker::receiveObjects() {
     constexpr std::size_t columns = 6; // a box, a score and a class
     // One row per cell of the detector's three grids and class asked for, at most.
     constexpr std::size_t maxRows = (52 * 52 + 26 * 26 + 13 * 13) * 3;
-    std::vector<float> values = search_.run(objectModel, objectSide, rgb, columns, maxRows);
+    std::vector<float> values = objects_.receive(columns, maxRows);
     std::vector<SquareObject> found(values.size() / columns);
     for (std::size_t i = 0; i < found.size(); ++i) {
         const float* row = values.data() + i * columns;

@@ -45,8 +45,9 @@ struct SquareObject {
     int cocoClass = 0;
 };
 
-// The models of one batch run, in two long-lived processes: the two finders in one, the
-// single-person model in the other. Every failure is a WorkerError sentence naming the worker.
+// The models of one batch run, in two long-lived processes: the object detector in one, the
+// multi-person and single-person models in the other, so that the two finders look at a photo side
+// by side. Every failure is a WorkerError sentence naming the worker.
 class PoseWorker {
   public:
     static constexpr int poseSide = 256;
@@ -54,19 +55,29 @@ class PoseWorker {
     static constexpr int objectSide = 416;
 
     explicit PoseWorker(const WorkerSetup& setup);
+    ~PoseWorker();
+    PoseWorker(const PoseWorker&) = delete;
+    PoseWorker& operator=(const PoseWorker&) = delete;
 
     // Each takes a square of its side × side × 3 RGB bytes.
     SquarePose pose(const std::vector<std::uint8_t>& rgb);
     std::vector<SquarePerson> people(const std::vector<std::uint8_t>& rgb);
-    std::vector<SquareObject> objects(const std::vector<std::uint8_t>& rgb);
+
+    // The finders in two halves each: the object detector and the multi-person model run in
+    // different processes, so both can look at once, and the caller can make its next square
+    // while they do.
+    void sendObjects(const std::vector<std::uint8_t>& rgb);
+    std::vector<SquareObject> receiveObjects();
+    void sendPeople(const std::vector<std::uint8_t>& rgb);
+    std::vector<SquarePerson> receivePeople();
 
   private:
     void checkPoint(const SquarePoint& point);
     void checkBox(const SquareBox& box);
     [[noreturn]] void failed(const std::string& what);
 
-    ModelProcess search_;
-    ModelProcess pose_;
+    ModelProcess objects_;
+    ModelProcess poses_;
 };
 
 } // namespace dravik::batch

@@ -4,6 +4,7 @@
 #include "dravik/error.h"
 
 #include <chrono>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,9 @@ struct WorkerSetup {
     std::string name;                 // the file messages name, e.g. the script
     std::vector<std::string> command; // program first
     std::chrono::milliseconds timeout{30000};
+    // The Node.js the command runs, whose version the worker's ready answer gives; empty when the
+    // command is the worker itself.
+    std::filesystem::path node;
 };
 
 } // namespace dravik::batch

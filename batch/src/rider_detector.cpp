@@ -132,22 +132,33 @@ class Search {
 
     // The people the multi-person model sees in `region`, inside the area.
     void lookForPeople(const SquareRegion& region) {
-        for (const SquarePerson& p :
-             worker_.people(squares_.sample(region, PoseWorker::peopleSide)))
-            if (p.score >= peopleScore)
-                add({"person", boxInPhoto(p.box, region), p.score,
-                     batch::inPhoto(p.keypoints, region)});
+        addPeople(worker_.people(squares_.sample(region, PoseWorker::peopleSide)), region);
     }
 
-    // The people and two-wheelers the object detector sees in `region`, inside the area.
-    void lookForObjects(const SquareRegion& region) {
-        for (const SquareObject& o :
-             worker_.objects(squares_.sample(region, PoseWorker::objectSide))) {
-            auto kind = kindOf(o.cocoClass);
-            const double least = kind == "person" ? objectPersonScore : objectVehicleScore;
-            if (kind && o.score >= least)
-                add({*kind, boxInPhoto(o.box, region), o.score, {}});
+    // The people and two-wheelers the object detector sees in each region, inside the area. Each
+    // square is made while the detector looks at the one before: a tile of a large photo takes
+    // about as long to decode as to look at.
+    void lookForObjects(const std::vector<SquareRegion>& regions) {
+        if (regions.empty())
+            return;
+        worker_.sendObjects(squares_.sample(regions.front(), PoseWorker::objectSide));
+        for (std::size_t i = 0; i < regions.size(); ++i) {
+            std::vector<std::uint8_t> next;
+            if (i + 1 < regions.size())
+                next = squares_.sample(regions[i + 1], PoseWorker::objectSide);
+            addObjects(worker_.receiveObjects(), regions[i]);
+            if (!next.empty())
+                worker_.sendObjects(next);
         }
+    }
+
+    // Both, the two models working side by side.
+    void lookForEveryone(const SquareRegion& region) {
+        // The object detector's square first: its finer decode serves both.
+        worker_.sendObjects(squares_.sample(region, PoseWorker::objectSide));
+        worker_.sendPeople(squares_.sample(region, PoseWorker::peopleSide));
+        addObjects(worker_.receiveObjects(), region);
+        addPeople(worker_.receivePeople(), region);
     }
 
     RiderChoice choose() const { return chooseRider(seen_, area_); }
@@ -169,6 +180,22 @@ class Search {
     Pose pose(const SquareRegion& region) {
         const SquarePose keypoints = worker_.pose(squares_.sample(region, PoseWorker::poseSide));
         return {region, keypoints, meanScore(keypoints)};
+    }
+
+    void addPeople(const std::vector<SquarePerson>& people, const SquareRegion& region) {
+        for (const SquarePerson& p : people)
+            if (p.score >= peopleScore)
+                add({"person", boxInPhoto(p.box, region), p.score,
+                     batch::inPhoto(p.keypoints, region)});
+    }
+
+    void addObjects(const std::vector<SquareObject>& objects, const SquareRegion& region) {
+        for (const SquareObject& o : objects) {
+            auto kind = kindOf(o.cocoClass);
+            const double least = kind == "person" ? objectPersonScore : objectVehicleScore;
+            if (kind && o.score >= least)
+                add({*kind, boxInPhoto(o.box, region), o.score, {}});
+        }
     }
 
     void add(Sighting s) {
@@ -196,13 +223,11 @@ Detection RiderDetector::detect(const ImageInput& photo, const PixelRect& area,
     auto small = [&](const PixelRect& box) {
         return std::max(box.width, box.height) < smallPerson * overview.side;
     };
-    search.lookForObjects(overview); // first: its finer decode serves both
-    search.lookForPeople(overview);
+    search.lookForEveryone(overview);
     RiderChoice choice = search.choose();
     if (!choice.riderRides() && overview.side > tileFrom * PoseWorker::objectSide &&
         (choice.count == 0 || (choice.count == 1 && small(choice.seen[*choice.rider].box)))) {
-        for (const SquareRegion& tile : tiles(area, overview.side * tileShare))
-            search.lookForObjects(tile);
+        search.lookForObjects(tiles(area, overview.side * tileShare));
         choice = search.choose();
     }
     if (choice.rider && choice.seen[*choice.rider].keypoints.empty()) {

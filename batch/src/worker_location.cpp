@@ -20,12 +20,12 @@ fs::path programFolder() {
 }
 
 WorkerSetup installedWorker(const fs::path& programFolder) {
-    fs::path script = programFolder / "pose-worker" / "pose-worker.mjs";
+    fs::path script = programFolder / "pose-worker" / "pose-worker.cjs";
     fs::path models =
         (programFolder / ".." / ".." / "share" / "tessary" / "models").lexically_normal();
     if (!fs::is_regular_file(script) || !fs::is_directory(script.parent_path() / "node_modules"))
         throw DravikError(
-            "The pose worker \u201cpose-worker.mjs\u201d or its Node packages are missing "
+            "The pose worker \u201cpose-worker.cjs\u201d or its Node packages are missing "
             "beside dravik-batch; run tools/bootstrap.sh to install them.");
     constexpr std::array files = {"movenet-thunder.json",   "movenet-thunder.bin",
                                   "movenet-multipose.json", "movenet-multipose.bin",
@@ -35,9 +35,13 @@ WorkerSetup installedWorker(const fs::path& programFolder) {
             throw DravikError("The pose model \u201c" + std::string(file) +
                               "\u201d is missing from " + models.string() +
                               "; run tools/bootstrap.sh to install the models.");
+    // Its version comes with the worker's ready answer: asking for it first would cost a Node
+    // start.
+    const fs::path node = presentNode(configuredNode());
     return {script.filename().string(),
-            {checkedNode(configuredNode()).string(), script.string(), models.string()},
-            std::chrono::milliseconds(30000)};
+            {node.string(), script.string(), models.string()},
+            std::chrono::milliseconds(30000),
+            node};
 }
 
 } // namespace dravik::batch

@@ -7,7 +7,7 @@
 
 namespace dravik::batch {
 
-// The installed worker: "pose-worker/pose-worker.mjs" beside the program, run by the configured
+// The installed worker: "pose-worker/pose-worker.cjs" beside the program, run by the configured
 // Node.js (node_runtime.h), with the models in "../../share/tessary/models" (the same layout in the
 // build tree). Refuses with a sentence when the script, a model file or that Node.js is missing.
 WorkerSetup installedWorker(const std::filesystem::path& programFolder);

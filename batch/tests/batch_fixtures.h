@@ -21,7 +21,7 @@ inline std::string writeDotPhoto(const std::filesystem::path& file, int width, i
 
 // The fake worker in `mode` (see fake_pose_worker.cpp).
 inline dravik::batch::WorkerSetup fakeWorker(const std::string& mode, int timeoutMs = 5000) {
-    return {"fake_pose_worker", {FAKE_POSE_WORKER, mode}, std::chrono::milliseconds(timeoutMs)};
+    return {"fake_pose_worker", {FAKE_POSE_WORKER, mode}, std::chrono::milliseconds(timeoutMs), {}};
 }
 
 } // namespace batch_fixtures

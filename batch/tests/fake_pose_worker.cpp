@@ -3,7 +3,7 @@
 // good: an upright body with the nose on the reddest pixel sent, seen as one person by the people
 // model and as nothing by the object model; empty: nobody, low scores; short: 5 keypoints; wild:
 // keypoints far outside the square; garbage, die, hang, fail: answers nonsense, exits, never
-// answers, reports a failure; silent: never says it is ready.
+// answers, reports a failure; silent: never says it is ready; old: says it runs on Node.js 16.
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
@@ -39,7 +39,11 @@ int main(int argc, char** argv) {
     const std::string mode = argc > 1 ? argv[1] : "good";
     if (mode == "silent")
         ::sleep(60);
-    answer(0, {});
+    // Ready: no rows, then the version of the Node.js it runs on.
+    const std::string version = mode == "old" ? "v16.20.2" : "v20.11.1";
+    const std::uint32_t ready[4] = {magic, 0, 0, std::uint32_t(version.size())};
+    put(ready, sizeof ready);
+    put(version.data(), version.size());
     for (std::fflush(stdout);; std::fflush(stdout)) {
         std::uint32_t header[3];
         if (std::fread(header, sizeof header, 1, stdin) != 1)

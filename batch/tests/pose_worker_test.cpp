@@ -36,7 +36,7 @@ TEST(PoseWorker, EveryMisbehaviourBecomesOneSentenceNamingTheWorker) {
                   "The pose worker \u201cfake_pose_worker\u201d " + c.says);
     }
     const std::string missing = failureOf([] {
-        PoseWorker worker({"pose-worker.mjs", {"/nonexistent/node"}, std::chrono::seconds(5)});
+        PoseWorker worker({"pose-worker.cjs", {"/nonexistent/node"}, std::chrono::seconds(5), {}});
     });
     EXPECT_NE(missing.find("could not be started"), std::string::npos) << missing;
 }
@@ -46,7 +46,7 @@ TEST(PoseWorker, AnInstallWithoutItsModelsIsRefusedBeforeAnythingStarts) {
     const fs::path program = prefix.path() / "libexec" / "tessary";
     const fs::path models = prefix.path() / "share" / "tessary" / "models";
     fs::create_directories(program / "pose-worker" / "node_modules");
-    dravik::test::writeText(program / "pose-worker" / "pose-worker.mjs", "// worker\n");
+    dravik::test::writeText(program / "pose-worker" / "pose-worker.cjs", "// worker\n");
     const std::string refusal = failureOf([&] { installedWorker(program); });
     EXPECT_NE(refusal.find("\u201cmovenet-thunder.json\u201d is missing"), std::string::npos)
         << refusal;

@@ -1,23 +1,27 @@
 // SPDX-License-Identifier: Apache-2.0
 // Model worker of dravik-batch: runs the MoveNet pose models and the NanoDet object detector on
 // TensorFlow.js (WebAssembly backend).
-// usage: node pose-worker.mjs <models folder> [search | pose]
-// "search" loads the two finders (people, objects), "pose" the single-person model, neither both.
+// usage: node pose-worker.cjs <models folder> [objects | poses]
+// "objects" loads the object detector, "poses" the multi-person and single-person models, neither
+// all three.
+// CommonJS on purpose: Node loads the packages' large CommonJS bundles several times faster
+// through require() than through an ES module's import, which scans them for their exports first.
 //
 // Frames on stdin and stdout, little-endian, one answer per request, in order:
 //   request: u32 magic, u32 model (1 pose, 2 people, 3 objects), u32 side, side*side*3 bytes RGB
 //   answer:  u32 magic, i32 status (0 = ok), then either
 //            u32 rows, u32 columns, rows*columns float32
 //            or u32 length and a UTF-8 sentence (status 1)
-// A first answer with no rows says the models are loaded and have run once (the first run of a
-// model costs several later ones). stderr is for diagnostics only.
-import fs from 'node:fs';
-import path from 'node:path';
-import { createRequire } from 'node:module';
+//   ready:   u32 magic, i32 0, u32 0 (rows), u32 length, Node's version ("v20.11.1") in UTF-8,
+//            the first answer, once the models are loaded
+// stderr is for diagnostics only.
+'use strict';
+const fs = require('node:fs');
+const path = require('node:path');
 
-import * as tf from '@tensorflow/tfjs-core';
-import { loadGraphModel } from '@tensorflow/tfjs-converter';
-import { setWasmPaths } from '@tensorflow/tfjs-backend-wasm';
+const tf = require('@tensorflow/tfjs-core');
+const { GraphModel } = require('@tensorflow/tfjs-converter');
+const { setWasmPaths } = require('@tensorflow/tfjs-backend-wasm');
 
 const MAGIC = 0x31505344;
 const POSE = 1;
@@ -35,47 +39,95 @@ const NANODET_MEAN = [103.53, 116.28, 123.675];
 const NANODET_STD = [57.375, 57.12, 58.395];
 const REG_BINS = 11;
 
-// Reads the weight files straight into one buffer: every extra copy of tens of megabytes costs
-// as much as a model pass on a machine slow to hand out fresh memory.
-function fileHandler(jsonPath) {
+// The weight files of a model's manifest, read as the one run of bytes they make.
+function weightFiles(folder, manifest) {
+  const files = [];
+  for (const group of manifest)
+    for (const name of group.paths) {
+      const fd = fs.openSync(path.join(folder, name), 'r');
+      files.push({ name, fd, size: fs.fstatSync(fd).size });
+    }
   return {
-    load: async () => {
-      const model = JSON.parse(fs.readFileSync(jsonPath, 'utf8'));
-      const folder = path.dirname(jsonPath);
-      const weightSpecs = [];
-      const files = [];
-      for (const group of model.weightsManifest) {
-        weightSpecs.push(...group.weights);
-        for (const p of group.paths) files.push(path.join(folder, p));
-      }
-      const sizes = files.map((file) => fs.statSync(file).size);
-      const all = Buffer.allocUnsafeSlow(sizes.reduce((a, b) => a + b, 0));
-      let at = 0;
-      files.forEach((file, i) => {
-        const fd = fs.openSync(file, 'r');
-        try {
-          for (let got = 0; got < sizes[i]; ) {
-            const n = fs.readSync(fd, all, at + got, sizes[i] - got, null);
-            if (n === 0) throw new Error(`${file} ended early`);
-            got += n;
-          }
-        } finally {
-          fs.closeSync(fd);
+    read(position, length, into) {
+      let done = 0;
+      for (const file of files) {
+        if (done === length) break;
+        if (position >= file.size) {
+          position -= file.size;
+          continue;
         }
-        at += sizes[i];
-      });
-      return {
-        modelTopology: model.modelTopology,
-        format: model.format,
-        generatedBy: model.generatedBy,
-        convertedBy: model.convertedBy,
-        signature: model.signature,
-        userDefinedMetadata: model.userDefinedMetadata,
-        weightSpecs,
-        weightData: all.buffer,
-      };
+        while (done < length && position < file.size) {
+          const n = fs.readSync(file.fd, into, done, Math.min(length - done, file.size - position), position);
+          if (n === 0) throw new Error(`${file.name} ended early`);
+          done += n;
+          position += n;
+        }
+        position = 0;
+      }
+      if (done < length) throw new Error(`the weight files of ${folder} end early`);
+    },
+    close() {
+      for (const file of files) fs.closeSync(file.fd);
     },
   };
+}
+
+// The float32 bits TensorFlow.js decodes each of the 65536 float16 values to, from its own decoder,
+// so that a weight widened here is the one it would have made.
+function float16Table() {
+  const every = new Uint16Array(65536).map((_, i) => i);
+  const spec = { name: 'all', shape: [65536], dtype: 'float32', quantization: { dtype: 'float16' } };
+  const decoded = tf.io.decodeWeights(every.buffer, [spec]).all;
+  const bits = new Uint32Array(decoded.dataSync().buffer.slice(0));
+  decoded.dispose();
+  return bits;
+}
+
+// Loads a graph model weight by weight through two small buffers, widening float16 weights with a
+// table: TensorFlow.js's own loading makes three passing copies of all the weights and decodes
+// each float16 value in several steps, and both cost more than the copy the backend keeps on a
+// machine slow to hand out fresh memory.
+function loadModel(jsonPath, widen) {
+  const artifacts = JSON.parse(fs.readFileSync(jsonPath, 'utf8'));
+  const specs = artifacts.weightsManifest.flatMap((group) => group.weights);
+  const kinds = specs.map((spec) => {
+    const count = spec.shape.reduce((a, b) => a * b, 1);
+    const quantized = spec.quantization && spec.quantization.dtype;
+    if (spec.dtype === 'float32' && quantized === 'float16') return { count, bytes: 2 * count, half: true };
+    if ((spec.dtype === 'float32' || spec.dtype === 'int32') && !quantized) return { count, bytes: 4 * count };
+    throw new Error(`weight ${spec.name} is stored as ${quantized || spec.dtype}, which the worker does not read`);
+  });
+  const largest = Math.max(0, ...kinds.map((kind) => kind.count));
+  const raw = Buffer.allocUnsafeSlow(4 * largest);
+  const wide = new Uint32Array(largest);
+  const files = weightFiles(path.dirname(jsonPath), artifacts.weightsManifest);
+  const weightMap = {};
+  try {
+    let position = 0;
+    specs.forEach((spec, i) => {
+      const { count, bytes, half } = kinds[i];
+      files.read(position, bytes, raw);
+      position += bytes;
+      let values;
+      if (half) {
+        const bits = new Uint16Array(raw.buffer, raw.byteOffset, count);
+        for (let k = 0; k < count; ++k) wide[k] = widen[bits[k]];
+        values = new Float32Array(wide.buffer, 0, count);
+      } else {
+        const Values = spec.dtype === 'int32' ? Int32Array : Float32Array;
+        values = new Values(raw.buffer, raw.byteOffset, count);
+      }
+      weightMap[spec.name] = tf.tensor(values, spec.shape, spec.dtype); // the backend copies
+    });
+  } catch (error) {
+    tf.dispose(Object.values(weightMap));
+    throw error;
+  } finally {
+    files.close();
+  }
+  const model = new GraphModel(jsonPath);
+  model.loadWithWeightMap(artifacts, weightMap);
+  return model;
 }
 
 function answer(status, body) {
@@ -103,36 +155,32 @@ function table(rows, columns) {
 }
 
 async function load(folder, role) {
-  const require = createRequire(import.meta.url);
   const wasmDist = path.dirname(require.resolve('@tensorflow/tfjs-backend-wasm'));
   setWasmPaths(wasmDist + path.sep);
   await tf.setBackend('wasm');
   await tf.ready();
-  const model = (name) => loadGraphModel(fileHandler(path.join(folder, name)));
+  const widen = float16Table();
+  const model = (name) => loadModel(path.join(folder, name), widen);
   const models = {};
-  if (role !== 'search') models.single = await model('movenet-thunder.json');
-  if (role !== 'pose') {
-    models.multi = await model('movenet-multipose.json');
-    models.objects = await model('nanodet.json');
+  if (role !== 'poses') models.objects = model('nanodet.json');
+  if (role !== 'objects') {
+    models.multi = model('movenet-multipose.json');
+    models.single = model('movenet-thunder.json');
   }
   return models;
 }
 
-function warmUp(models) {
-  const square = (side, dtype) => tf.zeros([1, side, side, 3], dtype);
-  const runs = [];
-  if (models.single) runs.push([models.single, square(POSE_SIDE, 'int32')]);
-  if (models.multi) runs.push([models.multi, square(256, 'int32')]);
-  if (models.objects) runs.push([models.objects, tf.zeros([1, 3, OBJECT_SIDE, OBJECT_SIDE])]);
-  for (const [model, input] of runs) {
-    const out = model.execute(input, model.outputs.map((o) => o.name));
-    tf.dispose([input, out]);
-  }
+// No rows, then Node's version as `node --version` prints it, for the caller to check.
+function ready() {
+  const version = Buffer.from(process.version, 'utf8');
+  const body = Buffer.alloc(8);
+  body.writeUInt32LE(version.length, 4);
+  answer(0, Buffer.concat([body, version]));
 }
 
 // 17 rows of (y, x, score), fractions of the square.
 function pose(models, rgb) {
-  const input = tf.tensor4d(Int32Array.from(rgb), [1, POSE_SIDE, POSE_SIDE, 3], 'int32');
+  const input = tf.tensor4d(new Int32Array(rgb), [1, POSE_SIDE, POSE_SIDE, 3], 'int32');
   const out = models.single.execute(input);
   const values = out.dataSync();
   tf.dispose([input, out]);
@@ -143,7 +191,7 @@ function pose(models, rgb) {
 
 // Up to 6 rows: 17 × (y, x, score), then ymin, xmin, ymax, xmax and the person's score.
 function people(models, side, rgb) {
-  const input = tf.tensor4d(Int32Array.from(rgb), [1, side, side, 3], 'int32');
+  const input = tf.tensor4d(new Int32Array(rgb), [1, side, side, 3], 'int32');
   const out = models.multi.execute(input);
   const rows = out.arraySync()[0];
   tf.dispose([input, out]);
@@ -213,12 +261,11 @@ async function main() {
   let models;
   try {
     models = await load(folder, process.argv[3]);
-    warmUp(models);
   } catch (error) {
     fail(`The models in ${folder} could not be loaded (${String(error.message || error).split('\n')[0]}).`);
     process.exit(3);
   }
-  table([], 0);
+  ready();
 
   let pending = Buffer.alloc(0);
   process.stdin.on('data', (chunk) => {
