@@ -1,4 +1,3 @@
-#include <sys/resource.h>
 // SPDX-License-Identifier: Apache-2.0
 // A track day's session: 50 and 200 photos of 24 MP opened by the review model and stepped
 // through on a real canvas offscreen, in one run. Prints the open time against the single-core
@@ -123,9 +122,6 @@ class StallMeter {
             const double cpu = threadMilliseconds();
             worst_ = std::max(worst_,
                               std::chrono::duration<double, std::milli>(now - last_).count() - 1.0);
-            { rusage u{}; getrusage(RUSAGE_THREAD, &u); double late = std::chrono::duration<double, std::milli>(now - last_).count() - 1.0;
-              if (late > 8) std::fprintf(stderr, "late %.1f cpu %.1f vcsw %ld ivcsw %ld at %.0f\n", late, cpu-lastCpu_, u.ru_nvcsw-vc_, u.ru_nivcsw-ivc_, std::chrono::duration<double, std::milli>(now - begin_).count());
-              vc_=u.ru_nvcsw; ivc_=u.ru_nivcsw; }
             worstCpu_ = std::max(worstCpu_, cpu - lastCpu_);
             last_ = now;
             lastCpu_ = cpu;
@@ -133,7 +129,7 @@ class StallMeter {
     }
     void start() {
         worst_ = worstCpu_ = 0;
-        last_ = begin_ = Clock::now();
+        last_ = Clock::now();
         lastCpu_ = threadMilliseconds();
         timer_.start();
     }
@@ -146,8 +142,7 @@ class StallMeter {
 
   private:
     QTimer timer_;
-    Clock::time_point last_, begin_;
-    long vc_=0, ivc_=0;
+    Clock::time_point last_;
     double lastCpu_ = 0;
     double worst_ = 0;
     double worstCpu_ = 0;

@@ -64,19 +64,12 @@ bool ScaledPhoto::paint(QPainter& painter, const QRect& exposed, const QImage& p
     const bool current = copy_ && copy_->source.sameView(wanted);
     const bool covered = current && copy_->source.region.contains(exposedDevice);
     if (!covered) {
-        // The best there is, scaled: smoothly when it is enlarged, where blocks would show. In
-        // bands of a few rows, which the painter fills on this thread: a larger area is split
-        // among helper threads, and waiting for them to get a core stalls the window far longer.
-        const bool smooth = getenv("NOSMOOTH") ? false : photo.width() < target.width() * ratio;
-        const int band = getenv("NOBAND") ? 100000 : static_cast<int>(std::floor(48 / ratio));
-        for (int top = exposed.top(); top <= exposed.bottom(); top += std::max(band, 1)) {
-            painter.save();
-            painter.setRenderHint(QPainter::SmoothPixmapTransform, smooth);
-            painter.setClipRect(QRect(exposed.left(), top, exposed.width(), band),
-                                Qt::IntersectClip);
-            painter.drawImage(target, photo);
-            painter.restore();
-        }
+        // The best there is, scaled: smoothly when it is enlarged, where blocks would show.
+        painter.save();
+        painter.setRenderHint(QPainter::SmoothPixmapTransform,
+                              photo.width() < target.width() * ratio);
+        painter.drawImage(target, photo);
+        painter.restore();
     }
     if (current) {
         const QRect part = exposedDevice & copy_->source.region;
