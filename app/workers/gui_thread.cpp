@@ -11,8 +11,24 @@ void onGuiThread(std::function<void()> work) {
         QMetaObject::invokeMethod(application, std::move(work), Qt::QueuedConnection);
 }
 
+namespace {
+
+// Jobs of their own threads: a detection runs for minutes, and the global pool's threads are
+// where the painter splits a large fill; with one of them taken, the window waits on the other.
+QThreadPool& backgroundPool() {
+    static QThreadPool pool;
+    static const bool drained = [] {
+        qAddPostRoutine([] { pool.waitForDone(); });
+        return true;
+    }();
+    (void)drained;
+    return pool;
+}
+
+} // namespace
+
 void inBackground(std::function<void()> work) {
-    QThreadPool::globalInstance()->start(std::move(work));
+    backgroundPool().start(std::move(work));
 }
 
 } // namespace tessary
