@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "image/jpeg_codec.h"
 
+#include "image/pixel_buffer.h"
+
 // clang-format off
 #include <cstdio> // jpeglib.h needs FILE and size_t first
 #include <jpeglib.h>
@@ -225,7 +227,7 @@ Image decodeRegion(const std::uint8_t* data, std::size_t size, const PixelBox& b
     const std::size_t scratchStride =
         static_cast<std::size_t>(d.cinfo.output_width) * d.cinfo.output_components;
     const std::size_t stride = cmyk ? static_cast<std::size_t>(box.width) * 3 : scratchStride;
-    auto pixels = std::make_shared<std::vector<std::uint8_t>>(stride * box.height);
+    auto pixels = newPixelBuffer(stride * box.height);
     std::vector<std::uint8_t> scratch(scratchStride * (cmyk ? rowsAtOnce : 1));
     if (!readRegion(d, box, left, {pixels->data(), stride, scratch.data(), scratchStride}))
         fail(d.errors, fileName);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "image/orientation.h"
 
+#include "image/pixel_buffer.h"
+
 #include <algorithm>
 #include <cstring>
 #include <utility>
@@ -57,7 +59,7 @@ Image Orientation::apply(const Image& stored) const {
         return stored;
     const ImageSize size = oriented({stored.width, stored.height});
     const std::size_t stride = static_cast<std::size_t>(size.width) * 3;
-    auto pixels = std::make_shared<std::vector<std::uint8_t>>(stride * size.height);
+    auto pixels = newPixelBuffer(stride * size.height);
     const std::uint8_t* source = stored.data();
     std::uint8_t* target = pixels->data();
     const int lastU = stored.width - 1;

@@ -3,6 +3,7 @@
 
 #include "dravik/error.h"
 #include "image/exif_orientation.h"
+#include "image/pixel_buffer.h"
 
 #include <algorithm>
 #include <cstring>
@@ -213,7 +214,7 @@ Image decodeRegion(const std::uint8_t* data, std::size_t size, const PixelBox& b
     const int width = (box.width + denominator - 1) / denominator;
     const int height = (box.height + denominator - 1) / denominator;
     const std::size_t stride = static_cast<std::size_t>(width) * 3;
-    auto pixels = std::make_shared<std::vector<std::uint8_t>>(stride * height);
+    auto pixels = newPixelBuffer(stride * height);
     RowSink sink(box, layout.channels, denominator, pixels->data(), stride);
     if (!readRegion(d, box, layout, scratch.data(), rows.data(), &sink))
         fail(fileName);
