@@ -158,13 +158,17 @@ void ModelProcess::awaitReady() {
 std::string ModelProcess::readReady() {
     if (readHead() != 0)
         failed("answered with something that is not a pose answer.");
+    return readText(64, "answered with something that is not a pose answer.");
+}
+
+std::string ModelProcess::readText(std::uint32_t limit, const std::string& tooLong) {
     std::uint32_t length = 0;
     readExactly(&length, sizeof length);
-    if (length > 64)
-        failed("answered with something that is not a pose answer.");
-    std::string version(length, '\0');
-    readExactly(version.data(), length);
-    return version;
+    if (length > limit)
+        failed(tooLong);
+    std::string text(length, '\0');
+    readExactly(text.data(), length);
+    return text;
 }
 
 // The magic and a status: a failure becomes a WorkerError with the worker's sentence.
@@ -173,15 +177,8 @@ std::uint32_t ModelProcess::readHead() {
     readExactly(head, 2 * sizeof head[0]);
     if (head[0] != magic)
         failed("answered with something that is not a pose answer.");
-    if (head[1] != 0) {
-        std::uint32_t length = 0;
-        readExactly(&length, sizeof length);
-        if (length > 4096)
-            failed("reported a failure with an over-long message.");
-        std::string message(length, '\0');
-        readExactly(message.data(), length);
-        failed("failed: " + message);
-    }
+    if (head[1] != 0)
+        failed("failed: " + readText(4096, "reported a failure with an over-long message."));
     readExactly(&head[2], sizeof head[2]);
     return head[2];
 }

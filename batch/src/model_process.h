@@ -45,6 +45,8 @@ class ModelProcess {
     void awaitReady();
     std::string readReady();
     std::uint32_t readHead();
+    // A length, then that many bytes of text; a length over `limit` fails with `tooLong`.
+    std::string readText(std::uint32_t limit, const std::string& tooLong);
     void readExactly(void* buffer, std::size_t size);
     void writeAll(const void* buffer, std::size_t size);
     [[noreturn]] void timedOut();
