@@ -103,8 +103,8 @@ void ReviewerModel::reopen(const fs::path& manifest, const fs::path& results) {
         assign(view_.showMarkers, false, viewOptionsChange);
     setMessage(opened);
     prefetchNeighbours();
-    // The store keeps each frame's text once encoded: encoded now, off this thread, the first
-    // edit's save costs what every later one does.
+    // The store keeps each frame's text once encoded; encoding the review now, off this thread,
+    // makes the first edit's save cost what later ones do.
     reviewEncoder_->submit({"review", 0, [document = read.document] {
                                 try {
                                     (void)dravik::ReviewStore::encode(*document);
