@@ -32,6 +32,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <future>
 #include <map>
 #include <memory>
 #include <optional>
@@ -367,6 +368,11 @@ class ReviewerModel : public QObject {
                         const std::optional<std::string>& pairID) const;
     // A new snapshot of `document` for the current pair.
     void publish(std::shared_ptr<const dravik::ReviewDocument> document);
+    // Verifies the photo of `frameID` and starts decoding it for the screen on another thread;
+    // nothing when it fails, which verifying every photo then reports in its order.
+    std::future<std::optional<DecodedPhoto>>
+    decodeWhileVerifying(const dravik::ReviewDocument& document, const std::string& frameID,
+                         const std::filesystem::path& manifest) const;
     // Opens a session without saving the open one first (opening/session_opening.cpp).
     void reopen(const std::filesystem::path& manifest, const std::filesystem::path& results);
     // Writes `document` over the review file expected at `expected` (editing/saving.cpp). On

@@ -8,6 +8,8 @@
 #include "photos/photo_decoding.h"
 #include "reviewer_model.h"
 
+#include <future>
+
 namespace tessary {
 
 namespace fs = std::filesystem;
@@ -50,6 +52,30 @@ void ReviewerModel::load(const fs::path& manifest, const fs::path& results) {
     reopen(manifest, results);
 }
 
+std::future<std::optional<DecodedPhoto>>
+ReviewerModel::decodeWhileVerifying(const dravik::ReviewDocument& document,
+                                    const std::string& frameID,
+                                    const std::filesystem::path& manifest) const {
+    const dravik::ReviewFrame* frame = document.frame(frameID);
+    std::optional<dravik::VerifiedPhoto> photo;
+    try {
+        if (frame)
+            photo = dravik::verifyFramePhoto(*frame, manifest);
+    } catch (const std::exception&) {
+        // Verifying them all says which photo fails first.
+    }
+    if (!photo)
+        return std::async(std::launch::deferred, [] { return std::optional<DecodedPhoto>(); });
+    const double density = learnedDensity_.value_or(fittedDensity(*photo));
+    return std::async(std::launch::async, [frame = *frame, photo = *photo, density] {
+        try {
+            return std::optional(decodePhoto(frame, photo, scaleFor(photo, density)));
+        } catch (const std::exception&) {
+            return std::optional<DecodedPhoto>(); // decoded again when shown, which says why
+        }
+    });
+}
+
 void ReviewerModel::reopen(const fs::path& manifest, const fs::path& results) {
     SignalHold hold(*this);
     SessionRead read;
@@ -58,8 +84,13 @@ void ReviewerModel::reopen(const fs::path& manifest, const fs::path& results) {
     Snapshot snapshot;
     try {
         read = readSession(manifest, results);
-        // Every photo is checked now; only the first one shown is decoded.
+        // Every photo is checked now; only the first one shown is decoded, while the others are
+        // checked, which leaves a core idle as their threads finish.
+        std::future<std::optional<DecodedPhoto>> first =
+            decodeWhileVerifying(*read.document, read.startFrameID, manifest);
         photos = verifyPhotos(*read.document, manifest, photoBudget_);
+        if (std::optional<DecodedPhoto> decoded = first.get())
+            photos.cache.insert(read.startFrameID, std::move(*decoded));
         shown = photosFor(photos, *read.document, {read.startFrameID});
         snapshot = buildSnapshot(read.document, read.startPairID, read.proposals);
     } catch (const std::exception& failure) {

@@ -76,6 +76,8 @@ struct VerifiedPhoto {
 // selection preserved."
 std::vector<VerifiedPhoto> verifyFramePhotos(const ReviewDocument& document,
                                              const std::filesystem::path& manifest);
+// One frame's photo verified as above, failing with the same sentence.
+VerifiedPhoto verifyFramePhoto(const ReviewFrame& frame, const std::filesystem::path& manifest);
 
 // The DCT scales a panel is decoded at, by their denominator. PNGs, which have none, are decoded
 // at full size and shrunk by the mean of each block as they are read.

@@ -184,6 +184,10 @@ std::vector<VerifiedPhoto> verifyFramePhotos(const ReviewDocument& document,
     return photos;
 }
 
+VerifiedPhoto verifyFramePhoto(const ReviewFrame& frame, const fs::path& manifest) {
+    return forFrame(frame, [&] { return verify(frame, manifest); });
+}
+
 ImageSize scaledPanelSize(const VerifiedPhoto& photo, PhotoScale scale) {
     return scaledBox(boxOf(photo.panel), photo.size, photo.orientation, static_cast<int>(scale))
         .size;
