@@ -76,8 +76,8 @@ function weightFiles(folder, manifest) {
 // so that a weight widened here is the one it would have made.
 function float16Table() {
   const every = new Uint16Array(65536).map((_, i) => i);
-  const spec = { name: 'all', shape: [65536], dtype: 'float32', quantization: { dtype: 'float16' } };
-  const decoded = tf.io.decodeWeights(every.buffer, [spec]).all;
+  const weight = { name: 'all', shape: [65536], dtype: 'float32', quantization: { dtype: 'float16' } };
+  const decoded = tf.io.decodeWeights(every.buffer, [weight]).all;
   const bits = new Uint32Array(decoded.dataSync().buffer.slice(0));
   decoded.dispose();
   return bits;
@@ -89,13 +89,13 @@ function float16Table() {
 // machine slow to hand out fresh memory.
 function loadModel(jsonPath, widen) {
   const artifacts = JSON.parse(fs.readFileSync(jsonPath, 'utf8'));
-  const specs = artifacts.weightsManifest.flatMap((group) => group.weights);
-  const kinds = specs.map((spec) => {
-    const count = spec.shape.reduce((a, b) => a * b, 1);
-    const quantized = spec.quantization && spec.quantization.dtype;
-    if (spec.dtype === 'float32' && quantized === 'float16') return { count, bytes: 2 * count, half: true };
-    if ((spec.dtype === 'float32' || spec.dtype === 'int32') && !quantized) return { count, bytes: 4 * count };
-    throw new Error(`weight ${spec.name} is stored as ${quantized || spec.dtype}, which the worker does not read`);
+  const weights = artifacts.weightsManifest.flatMap((group) => group.weights);
+  const kinds = weights.map((weight) => {
+    const count = weight.shape.reduce((a, b) => a * b, 1);
+    const quantized = weight.quantization && weight.quantization.dtype;
+    if (weight.dtype === 'float32' && quantized === 'float16') return { count, bytes: 2 * count, half: true };
+    if ((weight.dtype === 'float32' || weight.dtype === 'int32') && !quantized) return { count, bytes: 4 * count };
+    throw new Error(`weight ${weight.name} is stored as ${quantized || weight.dtype}, which the worker does not read`);
   });
   const largest = Math.max(0, ...kinds.map((kind) => kind.count));
   const raw = Buffer.allocUnsafeSlow(4 * largest);
@@ -104,7 +104,7 @@ function loadModel(jsonPath, widen) {
   const weightMap = {};
   try {
     let position = 0;
-    specs.forEach((spec, i) => {
+    weights.forEach((weight, i) => {
       const { count, bytes, half } = kinds[i];
       files.read(position, bytes, raw);
       position += bytes;
@@ -114,10 +114,10 @@ function loadModel(jsonPath, widen) {
         for (let k = 0; k < count; ++k) wide[k] = widen[bits[k]];
         values = new Float32Array(wide.buffer, 0, count);
       } else {
-        const Values = spec.dtype === 'int32' ? Int32Array : Float32Array;
+        const Values = weight.dtype === 'int32' ? Int32Array : Float32Array;
         values = new Values(raw.buffer, raw.byteOffset, count);
       }
-      weightMap[spec.name] = tf.tensor(values, spec.shape, spec.dtype); // the backend copies
+      weightMap[weight.name] = tf.tensor(values, weight.shape, weight.dtype); // the backend copies
     });
   } catch (error) {
     tf.dispose(Object.values(weightMap));
