@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 // tessary-export: writes what a session's review holds in a format other programs read.
+#include "command_line.h"
 #include "dravik/coco_export.h"
 #include "dravik/error.h"
 #include "dravik/session_review.h"
-#include "tessary/version.h"
 
 #include <cstdio>
 #include <exception>
-#include <getopt.h>
 #include <iostream>
 #include <string>
 #include <string_view>
@@ -15,8 +14,6 @@
 using namespace dravik;
 
 namespace {
-
-constexpr int usageStatus = 64; // EX_USAGE
 
 constexpr const char* usage =
     "Usage: tessary-export coco MANIFEST RESULTS -o FILE.json [--uncertain-as-occluded]\n"
@@ -37,57 +34,32 @@ constexpr const char* help =
     "  -h, --help                 this text\n"
     "  -V, --version              the version\n";
 
-int usageError(const std::string& problem) {
-    std::cerr << "tessary-export: " << problem << "\n" << usage;
-    return usageStatus;
-}
-
 } // namespace
 
 int main(int argc, char** argv) {
     enum { uncertainOption = 256, unreviewedOption };
-    const option options[] = {{"output", required_argument, nullptr, 'o'},
-                              {"uncertain-as-occluded", no_argument, nullptr, uncertainOption},
-                              {"include-unreviewed", no_argument, nullptr, unreviewedOption},
-                              {"help", no_argument, nullptr, 'h'},
-                              {"version", no_argument, nullptr, 'V'},
-                              {nullptr, 0, nullptr, 0}};
     CocoExportOptions exportOptions;
-    std::string output;
-    opterr = 0;
-    for (int option; (option = getopt_long(argc, argv, ":o:hV", options, nullptr)) != -1;) {
-        switch (option) {
-        case 'o':
-            output = optarg;
-            break;
-        case uncertainOption:
-            exportOptions.uncertainAsOccluded = true;
-            break;
-        case unreviewedOption:
-            exportOptions.includeUnreviewed = true;
-            break;
-        case 'h':
-            std::cout << usage << help;
-            return 0;
-        case 'V':
-            std::cout << "tessary-export " << tessary::version << "\n";
-            return 0;
-        case ':':
-            return usageError(std::string(argv[optind - 1]) + " needs a value.");
-        default:
-            return usageError(std::string(argv[optind - 1]) + " is not an option.");
-        }
-    }
+    tessary::CommandLine line("tessary-export", usage, help);
+    if (auto status = line.parse(argc, argv,
+                                 {{"uncertain-as-occluded", no_argument, nullptr, uncertainOption},
+                                  {"include-unreviewed", no_argument, nullptr, unreviewedOption}},
+                                 [&](int option, const char*) {
+                                     (option == uncertainOption ? exportOptions.uncertainAsOccluded
+                                                                : exportOptions.includeUnreviewed) =
+                                         true;
+                                 }))
+        return *status;
+    const std::string& output = line.output();
     const int operands = argc - optind;
     if (operands == 0 || std::string_view(argv[optind]) != "coco")
-        return usageError(operands == 0 ? "Say what to export: coco."
-                                        : "“" + std::string(argv[optind]) +
-                                              "” is not a format this program writes; it "
-                                              "writes coco.");
+        return line.usageError(operands == 0 ? "Say what to export: coco."
+                                             : "“" + std::string(argv[optind]) +
+                                                   "” is not a format this program writes; it "
+                                                   "writes coco.");
     if (operands != 3)
-        return usageError("coco needs the session's MANIFEST and RESULTS.");
+        return line.usageError("coco needs the session's MANIFEST and RESULTS.");
     if (output.empty())
-        return usageError("Name the file to write with -o FILE.json.");
+        return line.usageError("Name the file to write with -o FILE.json.");
 
     try {
         const std::string manifest = argv[optind + 1];

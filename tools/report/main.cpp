@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // tessary-report: the coaching report of a session's saved review, as a PDF, without a window.
 #include "coaching_report.h"
+#include "command_line.h"
 #include "dravik/error.h"
 #include "exporting/report_source.h"
-#include "tessary/version.h"
 
 #include <QGuiApplication>
 #include <cstdio>
 #include <exception>
-#include <getopt.h>
 #include <iostream>
 #include <optional>
 #include <string>
@@ -16,8 +15,6 @@
 using namespace tessary;
 
 namespace {
-
-constexpr int usageStatus = 64; // EX_USAGE
 
 constexpr const char* usage =
     "Usage: tessary-report MANIFEST RESULTS [--pair ID | --frame ID] -o FILE.pdf\n"
@@ -44,54 +41,27 @@ void qtErrorsOnly(QtMsgType type, const QMessageLogContext&, const QString& mess
         std::cerr << message.toStdString() << "\n";
 }
 
-int usageError(const std::string& problem) {
-    std::cerr << "tessary-report: " << problem << "\n" << usage;
-    return usageStatus;
-}
-
 } // namespace
 
 int main(int argc, char** argv) {
     enum { pairOption = 256, frameOption };
-    const option options[] = {{"output", required_argument, nullptr, 'o'},
-                              {"pair", required_argument, nullptr, pairOption},
-                              {"frame", required_argument, nullptr, frameOption},
-                              {"help", no_argument, nullptr, 'h'},
-                              {"version", no_argument, nullptr, 'V'},
-                              {nullptr, 0, nullptr, 0}};
-    std::string output;
     std::optional<std::string> pairID;
     std::optional<std::string> frameID;
-    opterr = 0;
-    for (int option; (option = getopt_long(argc, argv, ":o:hV", options, nullptr)) != -1;) {
-        switch (option) {
-        case 'o':
-            output = optarg;
-            break;
-        case pairOption:
-            pairID = optarg;
-            break;
-        case frameOption:
-            frameID = optarg;
-            break;
-        case 'h':
-            std::cout << usage << help;
-            return 0;
-        case 'V':
-            std::cout << "tessary-report " << tessary::version << "\n";
-            return 0;
-        case ':':
-            return usageError(std::string(argv[optind - 1]) + " needs a value.");
-        default:
-            return usageError(std::string(argv[optind - 1]) + " is not an option.");
-        }
-    }
+    tessary::CommandLine line("tessary-report", usage, help);
+    if (auto status = line.parse(argc, argv,
+                                 {{"pair", required_argument, nullptr, pairOption},
+                                  {"frame", required_argument, nullptr, frameOption}},
+                                 [&](int option, const char* value) {
+                                     (option == pairOption ? pairID : frameID) = value;
+                                 }))
+        return *status;
+    const std::string& output = line.output();
     if (argc - optind != 2)
-        return usageError("Name the session's MANIFEST and RESULTS.");
+        return line.usageError("Name the session's MANIFEST and RESULTS.");
     if (output.empty())
-        return usageError("Name the file to write with -o FILE.pdf.");
+        return line.usageError("Name the file to write with -o FILE.pdf.");
     if (pairID && frameID)
-        return usageError("Choose a pair or a photo, not both.");
+        return line.usageError("Choose a pair or a photo, not both.");
 
     // Fonts and painting need a GUI application, never a display.
     qputenv("QT_QPA_PLATFORM", "offscreen");
