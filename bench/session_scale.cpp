@@ -260,25 +260,35 @@ int measure(const fs::path& session, bool openOnly, int argc, char** argv) {
         idle(300);
         std::tie(figures["stallZoom"], figures["stallZoomCpu"]) = meter.stop();
 
-        // A joint dragged through 50 moves at zoom 4, one every 16 ms, then released.
+        // A joint dragged through 50 moves at zoom 4, one every 16 ms, then released; three
+        // times, since the release's save waits for a disk that other machines share.
         setZoom(model, frameID, 4.0);
         if (!idleUntil([&] { return paintedInDetail(*shown); }))
             fail("zoom 4 was never painted in detail");
         idle(300);
-        const dravik::ReviewFrame frame = *model.frame(frameID);
         tessary::JointCanvasView* canvas = shown->canvas();
-        const QPointF grab = jointNearTheMiddle(*shown, frame);
-        meter.start();
-        mouse(canvas, QEvent::MouseButtonPress, grab, Qt::LeftButton);
-        for (int move = 1; move <= 50; ++move) {
-            mouse(canvas, QEvent::MouseMove, grab + QPointF(move, move / 2.0), Qt::LeftButton);
-            idle(16);
+        std::vector<double> drags, dragsCpu;
+        for (int drag = 1; drag <= 3; ++drag) {
+            const QPointF grab = jointNearTheMiddle(*shown, *model.frame(frameID));
+            const std::size_t undoBefore = model.undoStack().size();
+            meter.start();
+            mouse(canvas, QEvent::MouseButtonPress, grab, Qt::LeftButton);
+            for (int move = 1; move <= 50; ++move) {
+                mouse(canvas, QEvent::MouseMove, grab + QPointF(move, move / 2.0), Qt::LeftButton);
+                idle(16);
+            }
+            mouse(canvas, QEvent::MouseButtonRelease, grab + QPointF(50, 25), Qt::NoButton);
+            idle(100);
+            const auto [stall, cpu] = meter.stop();
+            if (model.undoStack().size() != undoBefore + 1)
+                fail("drag " + std::to_string(drag) + " committed nothing");
+            figures["stallDrag" + std::to_string(drag)] = stall;
+            drags.push_back(stall);
+            dragsCpu.push_back(cpu);
+            idle(300);
         }
-        mouse(canvas, QEvent::MouseButtonRelease, grab + QPointF(50, 25), Qt::NoButton);
-        idle(100);
-        std::tie(figures["stallDrag"], figures["stallDragCpu"]) = meter.stop();
-        if (model.undoStack().empty())
-            fail("the drag committed nothing");
+        figures["stallDrag"] = median(drags);
+        figures["stallDragCpu"] = *std::max_element(dragsCpu.begin(), dragsCpu.end());
     }
     for (const auto& [name, value] : figures)
         std::printf("%s %.6f\n", name.c_str(), value);
@@ -386,6 +396,9 @@ int run(const Settings& settings) {
     std::vector<double> floors, opens, ratios;
     for (int photos : {50, 200}) {
         const fs::path session = prepareSession(settings, photos);
+        // Written back before anything is measured: a save's fdatasync would otherwise queue
+        // behind hundreds of megabytes of fresh copies, which a reviewer's disk does not hold.
+        ::sync();
         const std::vector<fs::path> files = photoFiles(session);
         std::uintmax_t bytes = 0;
         for (const fs::path& file : files)
@@ -448,8 +461,10 @@ int run(const Settings& settings) {
     row("longest GUI stall, zoom sweep 1× → 4× → 1×", "stallZoom", "ms ", "≤ 20 ms",
         small.at("stallZoom") <= 20 && large.at("stallZoom") <= 20);
     row("  most GUI thread CPU between ticks", "stallZoomCpu", "ms ", "for reference", true);
-    row("longest GUI stall, 50-move drag at zoom 4", "stallDrag", "ms ", "≤ 20 ms",
+    row("longest GUI stall, drag at zoom 4, median", "stallDrag", "ms ", "≤ 20 ms",
         small.at("stallDrag") <= 20 && large.at("stallDrag") <= 20);
+    for (const char* key : {"stallDrag1", "stallDrag2", "stallDrag3"})
+        row(key[9] == '1' ? "  each of the three drags" : "", key, "ms ", "for reference", true);
     row("  most GUI thread CPU between ticks", "stallDragCpu", "ms ", "for reference", true);
     std::printf("peak RSS after stepping: 50 and 200 photos %.1f MiB apart; load average %s at "
                 "the start, %s at the end\n",

@@ -77,7 +77,8 @@ void JointCanvasView::paintEvent(QPaintEvent* event) {
     const QRectF target((photo.covers.x - frame->panel.x) * scale_,
                         (photo.covers.y - frame->panel.y) * scale_, photo.covers.width * scale_,
                         photo.covers.height * scale_);
-    const bool fromCopy = photo_.paint(painter, exposed, photo.image, target,
+    const QRectF covers(photo.covers.x, photo.covers.y, photo.covers.width, photo.covers.height);
+    const bool fromCopy = photo_.paint(painter, exposed, photo.image, covers, target,
                                        visibleRegion().boundingRect(), size(), ratio);
     painted_ = {photo.image.cacheKey(),
                 photo.scale == dravik::PhotoScale::full ||

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "photo_scroll_view.h"
 
+#include "flat_scroll_bars.h"
 #include "joint_canvas_view.h"
 #include "reviewer_model.h"
 
@@ -51,6 +52,7 @@ PhotoScrollView::PhotoScrollView(ReviewerModel& model, std::string frameID, QWid
     background.setColor(QPalette::Window, documentBackground);
     viewport()->setPalette(background);
     viewport()->setAutoFillBackground(true);
+    useFlatScrollBars(*this, documentBackground.darker(130));
 }
 
 void PhotoScrollView::setCanvas(JointCanvasView* canvas) {

@@ -6,6 +6,8 @@
 
 #include <QCoreApplication>
 #include <QPainter>
+#include <QRegion>
+#include <QTransform>
 #include <cmath>
 #include <string>
 
@@ -32,6 +34,15 @@ QRect deviceRect(const QRectF& points, qreal ratio) {
         .toAlignedRect();
 }
 
+// The whole pixels inside `points`: what a drawing there certainly covers.
+QRect innerRect(const QRectF& points) {
+    const QPoint topLeft(static_cast<int>(std::ceil(points.left())),
+                         static_cast<int>(std::ceil(points.top())));
+    const QPoint bottomRight(static_cast<int>(std::floor(points.right())) - 1,
+                             static_cast<int>(std::floor(points.bottom())) - 1);
+    return QRect(topLeft, bottomRight);
+}
+
 } // namespace
 
 struct ScaledPhoto::Channel {
@@ -48,34 +59,53 @@ ScaledPhoto::ScaledPhoto(std::function<void()> arrived) : channel_(std::make_sha
     };
 }
 
+QRectF ScaledPhoto::Source::placedOn(const QRectF& nowCovers, const QRectF& nowTarget) const {
+    const auto through = [](const QRectF& from, const QRectF& to) {
+        return QTransform::fromTranslate(-from.x(), -from.y()) *
+               QTransform::fromScale(to.width() / from.width(), to.height() / from.height()) *
+               QTransform::fromTranslate(to.x(), to.y());
+    };
+    // Canvas points of then, through the photo's own pixels, to canvas points of now.
+    const QRectF then(region.x() / ratio, region.y() / ratio, region.width() / ratio,
+                      region.height() / ratio);
+    return (through(target, covers) * through(nowCovers, nowTarget)).mapRect(then);
+}
+
 ScaledPhoto::~ScaledPhoto() {
     const std::string key = std::to_string(reinterpret_cast<std::uintptr_t>(this));
     resampler().withdrawIf([&](const std::string& waiting) { return waiting == key; });
 }
 
 bool ScaledPhoto::paint(QPainter& painter, const QRect& exposed, const QImage& photo,
-                        const QRectF& target, const QRect& visible, QSize canvas, qreal ratio) {
+                        const QRectF& covers, const QRectF& target, const QRect& visible,
+                        QSize canvas, qreal ratio) {
     // A quarter of the view around what is visible, so that a short scroll stays sharp.
     const QRect around = visible.adjusted(-visible.width() / 4, -visible.height() / 4,
                                           visible.width() / 4, visible.height() / 4);
-    const Source wanted{photo.cacheKey(), target, ratio,
+    const Source wanted{photo.cacheKey(), covers, target, ratio,
                         deviceRect(around & QRect(QPoint(0, 0), canvas), ratio)};
     const QRect exposedDevice = deviceRect(exposed, ratio);
     const bool current = copy_ && copy_->source.sameView(wanted);
     const bool covered = current && copy_->source.region.contains(exposedDevice);
-    if (!covered) {
+    // A copy made for another zoom or decode still shows the same photo: scaled without
+    // smoothing it is a fast blit, where the photo itself would be resampled span by span.
+    const std::optional<QRectF> placed =
+        copy_ ? std::optional(copy_->source.placedOn(covers, target)) : std::nullopt;
+    const QRect inside = placed ? innerRect(*placed) : QRect();
+    if (!covered && !inside.contains(exposed)) {
         // The best there is, scaled: smoothly when it is enlarged, where blocks would show.
         painter.save();
+        painter.setClipRegion(QRegion(exposed).subtracted(inside), Qt::IntersectClip);
         painter.setRenderHint(QPainter::SmoothPixmapTransform,
                               photo.width() < target.width() * ratio);
         painter.drawImage(target, photo);
         painter.restore();
     }
-    if (current) {
-        const QRect part = exposedDevice & copy_->source.region;
-        painter.drawImage(
-            QRectF(part.x() / ratio, part.y() / ratio, part.width() / ratio, part.height() / ratio),
-            copy_->image, QRectF(part.translated(-copy_->source.region.topLeft())));
+    if (placed) {
+        painter.save();
+        painter.setRenderHint(QPainter::SmoothPixmapTransform, false);
+        painter.drawImage(*placed, copy_->image);
+        painter.restore();
     }
     const bool askedAlready =
         asked_ && asked_->sameView(wanted) && asked_->region.contains(deviceRect(visible, ratio));

@@ -25,22 +25,25 @@ class ScaledPhoto {
     ScaledPhoto(const ScaledPhoto&) = delete;
     ScaledPhoto& operator=(const ScaledPhoto&) = delete;
 
-    // Draws the part in `exposed` of `photo`, whose whole image lands on `target`; all in canvas
-    // points. `visible` is the part of the canvas on screen, `canvas` its size. True when it was
-    // drawn from the display copy alone.
-    bool paint(QPainter& painter, const QRect& exposed, const QImage& photo, const QRectF& target,
-               const QRect& visible, QSize canvas, qreal ratio);
+    // Draws the part in `exposed` of `photo`, which shows `covers` of the source photo (in its
+    // pixels) and lands on `target`; the rest in canvas points. `visible` is the part of the
+    // canvas on screen, `canvas` its size. True when it was drawn from the display copy alone.
+    bool paint(QPainter& painter, const QRect& exposed, const QImage& photo, const QRectF& covers,
+               const QRectF& target, const QRect& visible, QSize canvas, qreal ratio);
 
   private:
     // What a display copy is made from; the region is in device pixels of the canvas.
     struct Source {
         qint64 photoKey = 0;
+        QRectF covers;
         QRectF target;
         qreal ratio = 0;
         QRect region;
         bool sameView(const Source& other) const {
             return photoKey == other.photoKey && target == other.target && ratio == other.ratio;
         }
+        // Where the region lands on a canvas that now shows `nowCovers` on `nowTarget`.
+        QRectF placedOn(const QRectF& nowCovers, const QRectF& nowTarget) const;
     };
     struct Copy {
         Source source;

@@ -120,5 +120,34 @@ TEST_F(CanvasTest, CtrlWheelZoomsAroundThePointerAndTheMiddleButtonPans) {
     EXPECT_TRUE(model.undoStack().empty());
 }
 
+// The photo pane's scroll bars are drawn flat, without arrow buttons; they still page on a click
+// beside the handle and follow a dragged handle to the end.
+TEST_F(CanvasTest, ThePaneScrollBarsPageAndFollowTheirHandle) {
+    auto shown = showFrame(alex3, {900, 600});
+    setZoom(model, alex3, 4.0);
+    QApplication::processEvents();
+    QScrollBar* bar = shown->scrollView()->verticalScrollBar();
+    ASSERT_TRUE(bar->isVisible());
+    ASSERT_GT(bar->maximum(), 2 * bar->pageStep());
+    bar->setValue(bar->maximum() - bar->pageStep());
+    const int middle = bar->value();
+    // Where the handle is, from the share of the range the page takes.
+    const int length = bar->height();
+    const int handle = length * bar->pageStep() / (bar->maximum() + bar->pageStep());
+    const int handleTop = (length - handle) * bar->value() / bar->maximum();
+
+    QTest::mouseClick(bar, Qt::LeftButton, {}, {bar->width() / 2, 1});
+    EXPECT_EQ(bar->value(), middle - bar->pageStep()) << "the top end pages, it is no arrow";
+    bar->setValue(middle);
+    const QPoint grip(bar->width() / 2, handleTop + handle / 2);
+    QTest::mousePress(bar, Qt::LeftButton, {}, grip);
+    QMouseEvent drag(QEvent::MouseMove, QPointF(grip.x(), length + 50),
+                     bar->mapToGlobal(QPointF(grip.x(), length + 50)), Qt::NoButton, Qt::LeftButton,
+                     Qt::NoModifier);
+    QApplication::sendEvent(bar, &drag);
+    QTest::mouseRelease(bar, Qt::LeftButton, {}, {grip.x(), length + 50});
+    EXPECT_EQ(bar->value(), bar->maximum());
+}
+
 } // namespace
 } // namespace tessary::test
