@@ -4,12 +4,14 @@
 #include "test_support.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <cstring>
 #include <functional>
 #include <gtest/gtest.h>
 #include <sys/mount.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -113,8 +115,22 @@ TEST_F(ReviewStoreSaveTest, UnreadableFileOrDocumentIsNeverOverwritten) {
     EXPECT_EQ(entries(folder.path()), std::vector<std::string>{file.filename().string()});
 }
 
-// What this process wrote last is remembered; a write by another process must still be seen.
-TEST_F(ReviewStoreSaveTest, SaveAfterAnotherProcessChangedTheFileIsRefused) {
+// What this process read or wrote last is remembered; a write by anyone else must still be seen,
+// even one in place that keeps the inode and the size.
+TEST_F(ReviewStoreSaveTest, SaveAfterAnotherWriterChangedTheFileIsRefused) {
+    const std::string first = ReviewStore::encode(savedDocument(1));
+    const std::string second = ReviewStore::encode(savedDocument(2));
+    ASSERT_EQ(first.size(), second.size());
+    dravik::test::writeText(file, first);
+    std::this_thread::sleep_for(std::chrono::milliseconds(150)); // older than a clock tick
+    ASSERT_EQ(ReviewStore::load(file).revision(), 1);
+    std::ofstream(file, std::ios::in | std::ios::out) << second;
+    expectRefused(savedDocument(3), 1,
+                  "The review “joint-review-0123456789ab.json” was changed elsewhere (revision 2 "
+                  "on disk, 1 expected); nothing was saved.",
+                  true);
+
+    fs::remove(file);
     ReviewStore::save(savedDocument(1), file, std::nullopt);
     ASSERT_EQ(exitStatus(inChild([&] {
                   auto theirs = ReviewStore::load(file);

@@ -64,6 +64,9 @@ struct FileContents {
 // refused. `stamp`, when given, receives the opened file's stamp.
 FileDescriptor openForReading(const std::filesystem::path& file, FileStamp* stamp = nullptr);
 
+// The stamp of what is at `file` now, links followed; none when nothing is there.
+std::optional<FileStamp> currentStamp(const std::filesystem::path& file);
+
 // The whole of a regular file, refused unread when it is larger than `maxBytes`, the most a
 // `kind` ("results file", "photo") can be.
 FileContents readWholeFile(const std::filesystem::path& file, std::string_view kind,

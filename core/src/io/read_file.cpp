@@ -18,6 +18,13 @@ std::int64_t nanoseconds(const timespec& time) {
     return static_cast<std::int64_t>(time.tv_sec) * 1'000'000'000 + time.tv_nsec;
 }
 
+FileStamp stampOf(const struct stat& status) {
+    return FileStamp{static_cast<std::uint64_t>(status.st_dev),
+                     static_cast<std::uint64_t>(status.st_ino),
+                     static_cast<std::int64_t>(status.st_size), nanoseconds(status.st_mtim),
+                     nanoseconds(status.st_ctim)};
+}
+
 [[noreturn]] void failRead(const std::filesystem::path& file, int error) {
     throw DravikError(quotedName(file) + " could not be read: " + reasonOf(error) + ".");
 }
@@ -100,11 +107,15 @@ FileDescriptor openForReading(const std::filesystem::path& file, FileStamp* stam
     if (!S_ISREG(status.st_mode))
         refuse(status.st_mode);
     if (stamp)
-        *stamp = FileStamp{static_cast<std::uint64_t>(status.st_dev),
-                           static_cast<std::uint64_t>(status.st_ino),
-                           static_cast<std::int64_t>(status.st_size), nanoseconds(status.st_mtim),
-                           nanoseconds(status.st_ctim)};
+        *stamp = stampOf(status);
     return fd;
+}
+
+std::optional<FileStamp> currentStamp(const std::filesystem::path& file) {
+    struct stat status {};
+    if (::stat(file.c_str(), &status) != 0)
+        return std::nullopt;
+    return stampOf(status);
 }
 
 FileContents readWholeFile(const std::filesystem::path& file, std::string_view kind,

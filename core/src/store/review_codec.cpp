@@ -1,14 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "detection/result_codec.h"
+#include "dravik/file_io.h"
 #include "dravik/store.h"
 #include "lean/lean_json.h"
 #include "pairs/pairs_json.h"
+#include "store/known_reviews.h"
 
 #include "json/document_io.h"
 #include "json/geometry_codec.h"
 #include <algorithm>
 #include <functional>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <set>
 
@@ -233,8 +236,10 @@ std::string framePath(std::size_t index) {
 // the reader once, is kept while the frame stays equal, so a save re-encodes only what changed.
 class FrameTexts {
   public:
-    // `index` names the frame in messages only.
-    std::string text(const ReviewFrame& frame, std::uint64_t stamp, std::size_t index) {
+    // `index` names the frame in messages only. Shared, not copied: a save of 200 frames would
+    // otherwise copy every text once more before assembling them.
+    std::shared_ptr<const std::string> text(const ReviewFrame& frame, std::uint64_t stamp,
+                                            std::size_t index) {
         {
             const std::lock_guard guard(mutex_);
             auto it = texts_.find(frame.id);
@@ -245,7 +250,7 @@ class FrameTexts {
                 return it->second.text;
             }
         }
-        std::string text = encodeFrame(frame, index);
+        auto text = std::make_shared<const std::string>(encodeFrame(frame, index));
         const std::lock_guard guard(mutex_);
         if (texts_.size() >= maxFrames)
             texts_.clear();
@@ -258,7 +263,7 @@ class FrameTexts {
     struct Entry {
         ReviewFrame frame;
         std::uint64_t stamp = 0;
-        std::string text;
+        std::shared_ptr<const std::string> text;
     };
 
     // The frame as an element of the document's "frames" array, indented to sit there.
@@ -319,7 +324,7 @@ std::string ReviewStore::encode(const ReviewDocument& document) {
     readHead(rootNode);
     std::set<std::string> ids;
     std::set<std::pair<std::string, std::string>> pairRoles;
-    std::vector<std::string> frames;
+    std::vector<std::shared_ptr<const std::string>> frames;
     frames.reserve(document.frames().size());
     std::size_t framesSize = 0;
     for (std::size_t i = 0; i < document.frames().size(); ++i) {
@@ -328,7 +333,7 @@ std::string ReviewStore::encode(const ReviewDocument& document) {
             json::Node(root, source, framePath(i)).failMember(key, problem);
         });
         frames.push_back(frameTexts().text(frame, document.frameStamp(i), i));
-        framesSize += frames.back().size() + 2;
+        framesSize += frames.back()->size() + 2;
     }
     readAnnotations(rootNode, document.frames());
 
@@ -342,9 +347,9 @@ std::string ReviewStore::encode(const ReviewDocument& document) {
     std::string out;
     out.reserve(text.size() + framesSize + 4);
     out.append(text, 0, at);
-    for (const std::string& piece : frames) {
+    for (const auto& piece : frames) {
         out += &piece == &frames.front() ? "[\n" : ",\n";
-        out += piece;
+        out += *piece;
     }
     out += "\n  ]";
     out.append(text, at + 2);
@@ -356,7 +361,10 @@ ReviewDocument ReviewStore::decode(std::string_view text, const std::string& fil
 }
 
 ReviewDocument ReviewStore::load(const std::filesystem::path& file) {
-    return json::loadDocument(file, kind, read);
+    const FileContents contents = readWholeFile(file, kind, json::maxFileBytes);
+    ReviewDocument document = decode(contents.bytes, json::fileLabel(file));
+    rememberReadReview(file, contents.stamp, document.revision());
+    return document;
 }
 
 std::string ReviewStore::reviewFileName(const ReviewDocument& document) {
