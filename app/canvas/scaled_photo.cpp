@@ -88,9 +88,12 @@ bool ScaledPhoto::paint(QPainter& painter, const QRect& exposed, const QImage& p
     const bool current = copy_ && copy_->source.sameView(wanted);
     const bool covered = current && copy_->source.region.contains(exposedDevice);
     // A copy made for another zoom or decode still shows the same photo: scaled without
-    // smoothing it is a fast blit, where the photo itself would be resampled span by span.
+    // smoothing it is a fast blit, where the photo itself would be resampled span by span. It
+    // stands in while it has at least half the photo's detail.
+    const bool standsIn =
+        copy_ && (current || copy_->source.detail() >= 0.5 * photo.width() / covers.width());
     const std::optional<QRectF> placed =
-        copy_ ? std::optional(copy_->source.placedOn(covers, target)) : std::nullopt;
+        standsIn ? std::optional(copy_->source.placedOn(covers, target)) : std::nullopt;
     const QRect inside = placed ? innerRect(*placed) : QRect();
     if (!covered && !inside.contains(exposed)) {
         // The best there is, scaled: smoothly when it is enlarged, where blocks would show.

@@ -42,6 +42,8 @@ class ScaledPhoto {
         bool sameView(const Source& other) const {
             return photoKey == other.photoKey && target == other.target && ratio == other.ratio;
         }
+        // Device pixels per pixel of the source photo.
+        double detail() const { return target.width() * ratio / covers.width(); }
         // Where the region lands on a canvas that now shows `nowCovers` on `nowTarget`.
         QRectF placedOn(const QRectF& nowCovers, const QRectF& nowTarget) const;
     };
