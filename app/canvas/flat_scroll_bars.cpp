@@ -32,9 +32,8 @@ class FlatScrollBarStyle : public QProxyStyle {
             (bar->activeSubControls & SC_ScrollBarSlider) && (bar->state & State_Sunken);
         const bool hovered =
             (bar->activeSubControls & SC_ScrollBarSlider) && (bar->state & State_MouseOver);
-        painter->fillRect(handle.adjusted(3, 3, -3, -3), groove_.lighter(pressed   ? 500
-                                                                         : hovered ? 430
-                                                                                   : 350));
+        const int lighter = pressed ? 500 : hovered ? 430 : 350;
+        painter->fillRect(handle.adjusted(3, 3, -3, -3), groove_.lighter(lighter));
     }
 
     QRect subControlRect(ComplexControl control, const QStyleOptionComplex* option, SubControl part,
