@@ -70,10 +70,7 @@ TEST_P(OrientationTest, CropIsTakenFromTheOrientedPhoto) {
         // Scaled while decoding: whole blocks of 4 pixels, each averaged into one.
         const ReducedImage quarter = input.reduced({40.5, 33, 20, 20}, 4);
         EXPECT_EQ(quarter.rect, (PixelRect{40, 32, 24, 24})) << name;
-        EXPECT_LE(
-            largestDifference(pictureOf(quarter.image),
-                              Picture::filled(6, 6, [](int, int) { return blockColour(40, 32); })),
-            3)
+        EXPECT_LE(largestDifference(pictureOf(quarter.image), flat(6, 6, blockColour(40, 32))), 3)
             << name;
     }
 }
@@ -119,9 +116,8 @@ TEST_F(ImageInputTest, AdobeCmykJpegBecomesRgb) {
     }
     const ImageInput input = ImageInput::load(save("print.jpg", encodeCmykJpeg(32, 16, cmyk)));
     const Picture crop = pictureOf(input.cropped({8, 4, 16, 8}));
-    auto flat = [](Rgb c) { return Picture::filled(8, 8, [=](int, int) { return c; }); };
-    EXPECT_LE(largestDifference(region(crop, 0, 0, 8, 8), flat({255, 0, 0})), 2);
-    EXPECT_LE(largestDifference(region(crop, 8, 0, 8, 8), flat({127, 127, 127})), 2);
+    EXPECT_LE(largestDifference(region(crop, 0, 0, 8, 8), flat(8, 8, {255, 0, 0})), 2);
+    EXPECT_LE(largestDifference(region(crop, 8, 0, 8, 8), flat(8, 8, {127, 127, 127})), 2);
 }
 
 TEST_F(ImageInputTest, BadPhotosAndRegionsAreRefusedWithOneSentence) {
@@ -153,8 +149,6 @@ TEST_F(ImageInputTest, BadPhotosAndRegionsAreRefusedWithOneSentence) {
         {[&] { ImageInput::load(cutHeader); }, damaged("IMG_0042.jpg")},
         {[&] { cut.decoded(); }, damaged("cut.jpg")},
         {[&] { cutPng.decoded(); }, damaged("cut.png")},
-        {[&] { ImageInput::load(folder / "missing.jpg"); },
-         "\u201cmissing.jpg\u201d could not be read: no such file or directory."},
         {[&] { ImageInput::load(big); },
          "\u201cbig.jpg\u201d is too large to be a photo (over 256 MiB)."},
     };
