@@ -3,7 +3,6 @@
 #include "photo_fixtures.h"
 #include "test_support.h"
 
-#include <chrono>
 #include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
@@ -195,7 +194,6 @@ TEST_F(ImageInputTest, HugeDeclaredSizeIsRefusedFromTheHeader) {
 
     struct rusage before {};
     getrusage(RUSAGE_SELF, &before);
-    const auto start = std::chrono::steady_clock::now();
     for (const auto& [name, bytes] : {std::pair{"huge.jpg", jpeg}, std::pair{"huge.png", png}}) {
         EXPECT_EQ(failureOf([&] { ImageInput::load(save(name, bytes)); }),
                   "\u201c" + std::string(name) +
@@ -208,7 +206,6 @@ TEST_F(ImageInputTest, HugeDeclaredSizeIsRefusedFromTheHeader) {
               "than the 150 megapixels such a photo may have.");
     struct rusage after {};
     getrusage(RUSAGE_SELF, &after);
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(500));
     EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 100 * 1024) << "kB of peak memory added";
 }
 
