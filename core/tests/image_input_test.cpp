@@ -225,7 +225,6 @@ TEST_F(ImageInputTest, PngSampleFormatsBecomeRgb) {
     };
     for (const auto& [bytes, pixels] : cases) {
         const ImageInput input = ImageInput::load(save("p.png", bytes));
-        EXPECT_EQ(input.sourceHash(), test::hashOf(bytes));
         const Picture picture = pictureOf(input.decoded());
         for (std::size_t i = 0; i < pixels.size(); ++i)
             EXPECT_EQ(picture.at(int(i % 2), int(i / 2)), pixels[i]) << "pixel " << i;
