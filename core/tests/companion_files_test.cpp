@@ -177,7 +177,9 @@ TEST(CoachingChecklistFile, RoundTripsKeyedBySubjectAndRefusesFilesThatDoNotMatc
         true);
 }
 
-TEST(PhotoFraming, LoadsBoundsByFrame) {
+// A record must repeat its frame's photo and panel exactly, repeat an earlier record of the same
+// frame, and keep its bounds inside the panel by any amount.
+TEST(PhotoFraming, LoadsBoundsByFrameAndRefusesRecordsThatDoNotFitTheirFrame) {
     test::TempDir folder;
     PhotoFramingRegion rider{
         "turn3/rider", test::digitHash('a'), {0, 0, 640, 480}, {100, 50, 200, 300}};
@@ -188,11 +190,7 @@ TEST(PhotoFraming, LoadsBoundsByFrame) {
               (std::map<std::string, PixelRect>{{"turn3/rider", rider.bounds},
                                                 {"solo/rider", soloPanel}}));
     EXPECT_EQ(framingRefusal(std::string("[]")), "");
-}
 
-// A record must repeat its frame's photo and panel exactly, repeat an earlier record of the same
-// frame, and keep its bounds inside the panel by any amount.
-TEST(PhotoFraming, RefusesRecordsThatDoNotFitTheirFrame) {
     const PixelRect& p = soloPanel;
     const double inf = std::numeric_limits<double>::infinity();
     PhotoFramingRegion first = soloRegion({50, 60, 100, 100}), otherPanel = first,

@@ -16,10 +16,7 @@ using Names = std::vector<std::string>;
 namespace {
 
 std::vector<std::uint8_t> jpeg(int width, int height) {
-    return photo_fixtures::encodeJpeg(
-        photo_fixtures::Picture::filled(width, height, [](int x, int y) {
-            return photo_fixtures::Rgb{std::uint8_t(x), std::uint8_t(y), 90};
-        }));
+    return photo_fixtures::encodeJpeg(photo_fixtures::gradient(width, height));
 }
 
 // Stands in for the batch program: one empty detection per rider photo of the manifest.

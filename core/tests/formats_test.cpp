@@ -182,7 +182,6 @@ TEST(ResultsFile, RoundTripsThroughAFileAndRefusesInvalidContent) {
 TEST(DravikResult, UsableOnlyForOneReviewableRider) {
     DravikResult result = test::poseResult("3D", {0, 0});
     EXPECT_TRUE(result.usable());
-    EXPECT_EQ(result.point("left_elbow"), (Point2{70, 35}));
     for (const auto& change : std::vector<std::function<void(DravikResult&)>>{
              [](DravikResult& r) { r.status = "failed"; }, [](DravikResult& r) { r.count = 2; },
              [](DravikResult& r) { r.count = 0; }, [](DravikResult& r) { r.joints.clear(); }}) {
@@ -190,8 +189,6 @@ TEST(DravikResult, UsableOnlyForOneReviewableRider) {
         change(copy);
         EXPECT_FALSE(copy.usable());
     }
-    result.joints.erase(result.joints.begin());
-    EXPECT_EQ(result.point("nose"), std::nullopt);
 }
 
 TEST(RetryFiles, RoundTripAndRefuseInvalidContent) {

@@ -22,6 +22,7 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <set>
+#include <sstream>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -149,18 +150,16 @@ Outcome inChild(const std::function<void()>& body, std::chrono::milliseconds dea
     if (!outcome.finished)
         ::kill(child, SIGKILL);
     ::waitpid(child, nullptr, 0);
-    const auto first = report.find('\n');
-    const auto second = report.find('\n', first + 1);
-    if (!outcome.finished || second == std::string::npos) {
+    std::istringstream in(report);
+    std::string kind;
+    if (!(in >> outcome.grownKiB) || !std::getline(in.ignore(), kind)) {
         outcome.finished = false;
         return outcome;
     }
-    outcome.grownKiB = std::stol(report.substr(0, first));
-    const std::string kind = report.substr(first + 1, second - first - 1);
+    std::getline(in, outcome.message, '\0');
     outcome.refused = kind == "refused";
-    outcome.message = kind == "ok" ? "" : kind + ": " + report.substr(second + 1);
-    if (outcome.refused)
-        outcome.message = report.substr(second + 1);
+    if (kind == "other")
+        outcome.message = "other: " + outcome.message;
     return outcome;
 }
 

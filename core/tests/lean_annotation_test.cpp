@@ -108,7 +108,6 @@ TEST(LeanAnnotationEdit, UncertaintyStepsInWholePixelsWithinItsBounds) {
     const LeanAnnotation atTop = a;
     EXPECT_FALSE(a.stepUncertainty(LeanLineKind::wheel, 1));
     EXPECT_EQ(a, atTop);
-    EXPECT_EQ(LeanLine{}.uncertainty, placedLeanUncertainty);
 }
 
 TEST(LeanAnnotationValidate, RefusesWithASentenceNamingThePhoto) {

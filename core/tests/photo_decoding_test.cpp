@@ -50,28 +50,33 @@ struct PhotoDecodingTest : ::testing::Test {
     std::vector<ReviewFrame> frames;
     fs::path manifest() const { return folder / "session.json"; }
 
-    // A subject frame showing `panel` of the photo `file`, written with `bytes`.
-    void add(const std::string& file, const std::vector<std::uint8_t>& bytes, ImageSize size,
-             PixelRect panel) {
-        test::writeText(folder / file, bytes);
+    // A subject frame showing `panel` of the photo `file`, written with `bytes` unless there are
+    // none (a missing photo).
+    ReviewFrame& add(const std::string& file, const std::vector<std::uint8_t>& bytes,
+                     ImageSize size, PixelRect panel) {
+        if (!bytes.empty())
+            test::writeText(folder / file, bytes);
         ReviewFrame frame =
             test::frame("pair" + std::to_string(frames.size()), "rider", "subject", '0', panel);
         frame.file = file;
         frame.sourceHash = test::hashOf(bytes);
         frame.imageSize = size;
-        frames.push_back(frame);
+        frame.crop = {0, 0, 1, 1}; // the detector's crop is not what a frame shows
+        return frames.emplace_back(std::move(frame));
     }
     std::vector<VerifiedPhoto> verify() const {
         return verifyFramePhotos(ReviewDocument("sha256:fixture", frames), manifest());
+    }
+    std::vector<Image> load(std::uint64_t budget = defaultOpeningBudget) const {
+        return loadFramePhotos(ReviewDocument("sha256:fixture", frames), manifest(), budget);
     }
 };
 
 } // namespace
 
 // Opening reads headers only: a photo whose data is cut short passes, and fails when it is first
-// decoded, at any scale, with the sentence of a photo that cannot be shown; a damaged header is
-// refused at once.
-TEST_F(PhotoDecodingTest, DamagedDataIsFoundWhenFirstDecodedAndABadHeaderAtOnce) {
+// decoded, at any scale, with the sentence of a photo that cannot be shown.
+TEST_F(PhotoDecodingTest, DamagedDataIsFoundWhenFirstDecoded) {
     const auto whole = encodeJpeg(ramps(160, 120), {.quality = 90});
     add("good.jpg", whole, {160, 120}, {0, 0, 160, 120});
     add("cut.jpg", {whole.begin(), whole.begin() + whole.size() / 2}, {160, 120}, {0, 0, 160, 120});
@@ -83,12 +88,6 @@ TEST_F(PhotoDecodingTest, DamagedDataIsFoundWhenFirstDecodedAndABadHeaderAtOnce)
         EXPECT_EQ(test::failureOf([&] { decodeFramePhoto(frames[1], photos[1], scale); }),
                   "Cannot load subject photo (cut.jpg): \u201ccut.jpg\u201d is damaged or "
                   "truncated and cannot be decoded. Previous selection preserved.");
-
-    add("bad.jpg", {whole.begin(), whole.begin() + 100}, {160, 120}, {0, 0, 160, 120});
-    frames.back().role = "reference";
-    EXPECT_EQ(test::failureOf([&] { verify(); }),
-              "Cannot load reference photo (bad.jpg): \u201cbad.jpg\u201d is damaged or "
-              "truncated and cannot be decoded. Previous selection preserved.");
 
     // Replaced after opening: the same bytes under a new inode decode, other bytes are refused.
     test::writeText(folder / "copy.jpg", whole);
@@ -169,4 +168,68 @@ TEST_F(PhotoDecodingTest, ScaledDecodesMatchAFullDecodeShrunk) {
         EXPECT_EQ(scaleCovering(photos[i], {1, sizes[1].height}), PhotoScale::quarter);
         EXPECT_EQ(scaleCovering(photos[i], {202, 1}), PhotoScale::full);
     }
+}
+
+TEST_F(PhotoDecodingTest, PanelsComeInDocumentOrderAndTheFirstFailureInDocumentOrderWins) {
+    const ImageSize size{64, 48};
+    // Grey `grey` on the left half, white on the right.
+    const auto photo = [](int grey) {
+        return encodeJpeg(Picture::filled(64, 48, [=](int x, int) {
+            const auto g = std::uint8_t(x < 32 ? grey : 255);
+            return Rgb{g, g, g};
+        }));
+    };
+    for (int i = 0; i < 4; ++i)
+        add("ok" + std::to_string(i) + ".jpg", photo(40 * i), size, {0, 0, 32, 48});
+    const std::vector<Image> panels = load();
+    ASSERT_EQ(panels.size(), 4u);
+    for (int i = 0; i < 4; ++i) {
+        const auto grey = std::uint8_t(40 * i);
+        EXPECT_LE(largestDifference(pictureOf(panels[i]), flat(32, 48, {grey, grey, grey})), 3)
+            << "frame " << i;
+    }
+
+    add("edited.jpg", photo(1), size, {0, 0, 64, 48}).role = "reference";
+    test::writeText(folder / "edited.jpg", photo(9));
+    // Later frames that fail faster must not win over the edited photo.
+    add("missing.jpg", {}, size, {0, 0, 64, 48});
+    add("../outside.jpg", {}, size, {0, 0, 64, 48});
+    const auto failure = [&] { return test::failureOf([&] { load(); }); };
+    EXPECT_EQ(failure(), "Cannot load reference photo (edited.jpg): Source hash changed; "
+                         "reanalyze before applying corrections. Previous selection preserved.");
+
+    frames.erase(frames.begin() + 4);
+    EXPECT_EQ(failure(), "Cannot load subject photo (missing.jpg): \u201cmissing.jpg\u201d could "
+                         "not be read: no such file or directory. Previous selection preserved.");
+
+    frames.resize(1);
+    add("b.jpg", photo(10), size, {70, 0, 10, 10}).role = "reference";
+    EXPECT_EQ(failure(), "Cannot load reference photo (b.jpg): The region 70, 0, 10 \u00d7 10 lies "
+                         "outside \u201cb.jpg\u201d (64 \u00d7 48 pixels) or is empty. Previous "
+                         "selection preserved.");
+}
+
+TEST_F(PhotoDecodingTest, SharedPanelsAreDecodedOnceWithinTheBudgetAndSizesMustMatchTheSession) {
+    // 640 × 480 of RGB is 900 KiB decoded: one panel fits a budget of 1 MiB, a second does not.
+    const auto bytes = encodeJpeg(gradient(640, 480));
+    for (int i = 0; i < 3; ++i)
+        add("wide.jpg", bytes, {640, 480}, {0, 0, 640, 480});
+    const std::vector<Image> shared = load(1u << 20);
+    ASSERT_EQ(shared.size(), 3u);
+    EXPECT_EQ(shared[0].pixels, shared[2].pixels) << "one decode for one file and panel";
+
+    add("wide.jpg", bytes, {640, 480}, {0, 0, 320, 480});
+    EXPECT_EQ(test::failureOf([&] { load(1u << 20); }),
+              "Cannot load subject photo (wide.jpg): Decoding \u201cwide.jpg\u201d would take this "
+              "session past 1 MiB of decoded photos, the most it may hold. Previous selection "
+              "preserved.");
+
+    // A photo turned by its EXIF orientation is 480 × 640 as displayed; a session that expects
+    // it unturned would put every point in the wrong place.
+    frames.clear();
+    add("turned.jpg", encodeJpeg(flat(640, 480, {}), {.orientation = 6}), {640, 480},
+        {0, 0, 640, 480});
+    EXPECT_EQ(test::failureOf([&] { load(); }),
+              "Cannot load subject photo (turned.jpg): \u201cturned.jpg\u201d is 480 \u00d7 640 "
+              "pixels, but the session expects 640 \u00d7 480. Previous selection preserved.");
 }

@@ -13,21 +13,20 @@ namespace photo_fixtures {
 
 Picture Picture::filled(int width, int height, const std::function<Rgb(int x, int y)>& colour) {
     Picture picture{width, height, std::vector<std::uint8_t>(std::size_t(width) * height * 3)};
-    for (int y = 0; y < height; ++y) {
-        for (int x = 0; x < width; ++x) {
-            const Rgb c = colour(x, y);
-            std::uint8_t* p = &picture.rgb[(std::size_t(y) * width + x) * 3];
-            p[0] = c.r;
-            p[1] = c.g;
-            p[2] = c.b;
-        }
-    }
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            picture.set(x, y, colour(x, y));
     return picture;
 }
 
 Rgb Picture::at(int x, int y) const {
     const std::uint8_t* p = &rgb[(std::size_t(y) * width + x) * 3];
     return {p[0], p[1], p[2]};
+}
+
+void Picture::set(int x, int y, Rgb colour) {
+    std::uint8_t* p = &rgb[(std::size_t(y) * width + x) * 3];
+    p[0] = colour.r, p[1] = colour.g, p[2] = colour.b;
 }
 
 // An APP1 payload holding only an orientation tag.
@@ -107,11 +106,7 @@ Picture storedFor(const Picture& displayed, int orientation) {
             const std::pair<int, int> places[] = {{x, y}, {x, y},  {fx, y},  {fx, fy}, {x, fy},
                                                   {y, x}, {y, fx}, {fy, fx}, {fy, x}};
             const auto [u, v] = places[orientation >= 1 && orientation <= 8 ? orientation : 0];
-            const Rgb c = displayed.at(x, y);
-            std::uint8_t* p = &stored.rgb[(std::size_t(v) * stored.width + u) * 3];
-            p[0] = c.r;
-            p[1] = c.g;
-            p[2] = c.b;
+            stored.set(u, v, displayed.at(x, y));
         }
     }
     return stored;

@@ -26,7 +26,19 @@ struct Picture {
 
     static Picture filled(int width, int height, const std::function<Rgb(int x, int y)>& colour);
     Rgb at(int x, int y) const;
+    void set(int x, int y, Rgb colour);
 };
+
+// Red rising to the right from `red`, green rising downwards, blue 90: no two nearby pixels alike.
+inline Picture gradient(int width, int height, int red = 0) {
+    return Picture::filled(width, height, [=](int x, int y) {
+        return Rgb{std::uint8_t(x + red), std::uint8_t(y), 90};
+    });
+}
+
+inline Picture flat(int width, int height, Rgb colour) {
+    return Picture::filled(width, height, [=](int, int) { return colour; });
+}
 
 // The pixels of a decoded image, without its row padding.
 inline Picture pictureOf(const dravik::Image& image) {

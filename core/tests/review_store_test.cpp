@@ -72,8 +72,6 @@ TEST(ReviewStoreMake, BuildsOneUnreviewedFramePerRiderAndRefusesForeignResults) 
     EXPECT_EQ(ref.raw, test::sampleResults().riders[1].results);
     EXPECT_EQ(document.frames()[2].id, "solo/rider");
     EXPECT_TRUE(document.frames()[2].raw.empty()); // no entry in the results
-    EXPECT_EQ(ReviewStore::reviewFileName(document),
-              "joint-review-" + document.identity().substr(7, 12) + ".json");
 
     // Results that do not belong to the manifest are refused.
     auto makeWith = [&](const ResultsFile& results) {
