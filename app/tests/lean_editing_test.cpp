@@ -11,13 +11,6 @@ namespace {
 using dravik::LeanHandle;
 using dravik::Point2;
 
-// Places a line on `frameID` with two clicks.
-void place(ReviewerModel& model, const std::string& frameID, bool reference, Point2 a, Point2 b) {
-    model.beginLeanPlacement(reference);
-    model.placeLean(a, frameID);
-    model.placeLean(b, frameID);
-}
-
 dravik::LeanPairContext allChecks() {
     dravik::LeanPairContext context;
     context.sameWheelCue = context.cameraViewsComparable = context.wheelHeadingsComparable =
@@ -81,7 +74,7 @@ TEST_F(ModelTest, LinesArePlacedWithTwoClicksAndOnlyCurrentTargetsCommit) {
     model.commitLean(moved, model.leanTarget(alex3));
     EXPECT_EQ(model.document()->leanAnnotation(alex3)->wheel, moved.wheel);
 
-    place(model, alex3, true, Point2{50, 500}, Point2{400, 510}); // the wheel line stays
+    placeLean(alex3, true, Point2{50, 500}, Point2{400, 510}); // the wheel line stays
     EXPECT_EQ(model.document()->leanAnnotation(alex3)->reference,
               (dravik::LeanLine{{50, 500}, {400, 510}, 3.0}));
     EXPECT_EQ(model.document()->leanAnnotation(alex3)->wheel, moved.wheel);
@@ -123,11 +116,11 @@ TEST_F(ModelTest, AChangedLineWithdrawsTheApprovalUntilUndone) {
     openBundled();
     model.setLeanMode(true);
     model.setCompare(true);
-    place(model, alex3, false, Point2{100, 100}, Point2{130, 300});
-    place(model, alex3, true, Point2{50, 500}, Point2{400, 510});
+    placeLean(alex3, false, Point2{100, 100}, Point2{130, 300});
+    placeLean(alex3, true, Point2{50, 500}, Point2{400, 510});
     model.activate(sam3);
-    place(model, sam3, false, Point2{300, 100}, Point2{310, 300});
-    place(model, sam3, true, Point2{50, 600}, Point2{400, 600});
+    placeLean(sam3, false, Point2{300, 100}, Point2{310, 300});
+    placeLean(sam3, true, Point2{50, 600}, Point2{400, 600});
 
     model.updateLeanContext(allChecks(), true);
     model.updateLeanContext(allChecks(), true); // the same approval again records nothing
@@ -138,7 +131,13 @@ TEST_F(ModelTest, AChangedLineWithdrawsTheApprovalUntilUndone) {
     const dravik::LeanAnnotation before = *model.lean(sam3);
     model.setSelectedLeanHandle(LeanHandle::referenceB);
     model.nudgeLean(0, 10);
-    EXPECT_EQ(model.document()->leanPairContext("turn-3")->approvalDigest, std::nullopt);
+    // The approval and its checks go; what the reviewer reported about speed stays.
+    const dravik::LeanPairContext withdrawn = *model.document()->leanPairContext("turn-3");
+    EXPECT_EQ(withdrawn.approvalDigest, std::nullopt);
+    EXPECT_FALSE(withdrawn.sameWheelCue || withdrawn.cameraViewsComparable ||
+                 withdrawn.wheelHeadingsComparable || withdrawn.referenceComparable ||
+                 withdrawn.cameraRollComparable);
+    EXPECT_TRUE(withdrawn.similarSpeed);
 
     model.activate(alex3);
     model.undo();

@@ -200,10 +200,9 @@ TEST_F(ModelTest, ListenersSeeEveryChangeOnceAndOnlyWhenItIsComplete) {
     const SessionFiles other = bundledSession(temp.path() / "other");
     const fs::path broken = temp.path() / "missing.json";
 
-    fs::create_directories(temp.path() / "bundle" / "share" / "tessary");
-    std::ofstream(temp.path() / "bundle" / "share" / "tessary" / "launch.json")
-        << R"([{"title": "Sample", "manifest": ")" << session.manifest.string()
-        << R"(", "results": ")" << session.results.string() << R"("}])";
+    writeText(Bundle(temp.path() / "bundle").resourcePath("launch.json"),
+              R"([{"title": "Sample", "manifest": ")" + session.manifest.string() +
+                  R"(", "results": ")" + session.results.string() + R"("}])");
     listener.step("presets", [&] { model.loadPresets(); });
     listener.step("open", [&] { model.load(session.manifest, session.results); });
     listener.step("hide markers", [&] { model.setShowMarkers(false); });

@@ -23,9 +23,7 @@ class DiscoveryTest : public ModelTest {
   protected:
     fs::path bundleRoot() const { return temp.path() / "bundle"; }
     void writeResource(const std::string& name, const std::string& text) const {
-        const fs::path file = Bundle(bundleRoot()).resourcePath(name);
-        fs::create_directories(file.parent_path());
-        std::ofstream(file) << text;
+        writeText(Bundle(bundleRoot()).resourcePath(name), text);
     }
     void discover(std::optional<fs::path> folder = std::nullopt,
                   ReviewerModel::AnalyzeFolder analyze = {}) {

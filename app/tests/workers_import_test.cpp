@@ -12,9 +12,7 @@ namespace {
 class ImportTest : public ModelTest {
   protected:
     ImportTest() {
-        const fs::path resource = Bundle(temp.path() / "bundle").resourcePath("data-directory.txt");
-        fs::create_directories(resource.parent_path());
-        std::ofstream(resource) << data.string();
+        writeText(Bundle(temp.path() / "bundle").resourcePath("data-directory.txt"), data.string());
     }
     void import(const fs::path& folder) {
         chooser->answers.push_back(folder);

@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "workers_support.h"
 
-#include <QCoreApplication>
 #include <QImage>
-#include <QThread>
 #include <fstream>
 #include <sstream>
 
@@ -22,24 +20,6 @@ void installFakeBatch(const fs::path& bundleRoot, const std::string& mode,
     script.close();
     fs::permissions(program, fs::perms::owner_all | fs::perms::group_exec | fs::perms::others_exec,
                     fs::perm_options::replace);
-}
-
-bool waitUntil(const std::function<bool()>& done, std::chrono::milliseconds limit) {
-    const auto end = std::chrono::steady_clock::now() + limit;
-    while (!done()) {
-        if (std::chrono::steady_clock::now() > end)
-            return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-        QThread::msleep(5);
-    }
-    return true;
-}
-
-std::string readText(const fs::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
 }
 
 bool contains(const fs::path& file, const std::string& text) {

@@ -3,9 +3,7 @@
 
 #include "model_fixture.h"
 
-#include <chrono>
 #include <filesystem>
-#include <functional>
 #include <map>
 #include <string>
 #include <sys/types.h>
@@ -18,11 +16,6 @@ namespace tessary::test {
 void installFakeBatch(const fs::path& bundleRoot, const std::string& mode,
                       const std::map<std::string, std::string>& environment = {});
 
-// Runs the event loop until `done` holds; false when `limit` passes first.
-bool waitUntil(const std::function<bool()>& done,
-               std::chrono::milliseconds limit = std::chrono::seconds(20));
-
-std::string readText(const fs::path& file);
 bool contains(const fs::path& file, const std::string& text);
 
 // Processes of `group` that still run (zombies, gone but for their exit status, do not count).

@@ -15,7 +15,6 @@
 #include <QStandardPaths>
 #include <cstdlib>
 #include <fstream>
-#include <iterator>
 #include <map>
 
 namespace tessary::test {
@@ -52,11 +51,6 @@ bool havePoppler() {
         if (QStandardPaths::findExecutable(tool).isEmpty())
             return false;
     return true;
-}
-
-std::string readText(const fs::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
 }
 
 QString path(const fs::path& file) {

@@ -4,8 +4,13 @@
 #include "dravik/store.h"
 #include "samplegen.h"
 
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QTest>
+#include <fstream>
 #include <random>
 #include <set>
+#include <sstream>
 #include <unistd.h>
 
 namespace tessary::test {
@@ -40,6 +45,31 @@ fs::path smallPhotos() {
 }
 
 } // namespace
+
+bool waitUntil(const std::function<bool()>& done, std::chrono::milliseconds limit) {
+    QElapsedTimer clock;
+    clock.start();
+    while (!done()) {
+        if (clock.elapsed() > limit.count())
+            return false;
+        QApplication::processEvents(QEventLoop::AllEvents, 10);
+        QTest::qWait(5);
+    }
+    return true;
+}
+
+// Whatever cannot be read, a folder included, reads as empty.
+std::string readText(const fs::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+void writeText(const fs::path& file, const std::string& content) {
+    fs::create_directories(file.parent_path());
+    std::ofstream(file, std::ios::binary | std::ios::trunc) << content;
+}
 
 TemporaryFolder::TemporaryFolder() {
     std::random_device random;
@@ -132,6 +162,13 @@ std::optional<dravik::JointEdit> ModelTest::editOf(const std::string& frameID,
     const auto& edits = frameOf(frameID).edits;
     auto found = edits.find(joint);
     return found == edits.end() ? std::nullopt : std::optional(found->second);
+}
+
+void ModelTest::placeLean(const std::string& frameID, bool reference, dravik::Point2 a,
+                          dravik::Point2 b) {
+    model.beginLeanPlacement(reference);
+    model.placeLean(a, frameID);
+    model.placeLean(b, frameID);
 }
 
 } // namespace tessary::test

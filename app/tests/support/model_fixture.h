@@ -6,8 +6,10 @@
 #include "reviewer_model.h"
 #include "samplegen.h"
 
+#include <chrono>
 #include <deque>
 #include <filesystem>
+#include <functional>
 #include <gtest/gtest.h>
 #include <memory>
 #include <optional>
@@ -68,6 +70,14 @@ inline const std::string alex3 = "turn-3/alex";
 inline const std::string sam3 = "turn-3/sam";
 inline const std::string alex5 = "turn-5/alex";
 
+// Runs queued work, deferred deletions included, until `done` holds; false when `limit` passes.
+bool waitUntil(const std::function<bool()>& done,
+               std::chrono::milliseconds limit = std::chrono::seconds(20));
+
+std::string readText(const fs::path& file);
+// Writes `content` as the whole file, making its folder first.
+void writeText(const fs::path& file, const std::string& content);
+
 class ModelTest : public ::testing::Test {
   protected:
     ModelTest();
@@ -78,6 +88,8 @@ class ModelTest : public ::testing::Test {
     const dravik::ReviewFrame& frameOf(const std::string& frameID) const;
     std::optional<dravik::JointEdit> editOf(const std::string& frameID,
                                             const std::string& joint) const;
+    // Places a wheel line, or the reference line, on `frameID` with two clicks.
+    void placeLean(const std::string& frameID, bool reference, dravik::Point2 a, dravik::Point2 b);
 
     TemporaryFolder temp;
     std::shared_ptr<ScriptedChooser> chooser;

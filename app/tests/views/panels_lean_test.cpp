@@ -16,11 +16,6 @@ using namespace Qt::StringLiterals;
 
 class LeanPanelTest : public ModelTest {
   protected:
-    void place(const std::string& frameID, bool reference, Point2 a, Point2 b) {
-        model.beginLeanPlacement(reference);
-        model.placeLean(a, frameID);
-        model.placeLean(b, frameID);
-    }
     void click(QWidget& root, const QString& text) {
         QAbstractButton* button = buttonNamed(root, text);
         ASSERT_NE(button, nullptr) << text.toStdString();
@@ -67,7 +62,7 @@ TEST_F(LeanPanelTest, PlacementPromptsFollowTheClicksAndCancelOrHidingEndsThem) 
 TEST_F(LeanPanelTest, EditingControlsChangeTheAnnotationThroughUndoableEdits) {
     openBundled();
     model.setLeanMode(true);
-    place(alex3, false, {400, 700}, {460, 100});
+    placeLean(alex3, false, {400, 700}, {460, 100});
     LeanReviewView view(model);
     view.show();
     const std::size_t placed = model.undoStack().size();
@@ -127,8 +122,8 @@ TEST_F(LeanPanelTest, TheEvidenceListsEachRiderAndItsApprovalNeedsFiveChecksOnUn
     EXPECT_EQ(buttonNamed(view, u"Approve this comparison"_s), nullptr) << "single mode";
 
     // Alex leans 7.14°, Sam stands upright, each within an annotation sensitivity of 1°.
-    place(alex3, false, {400, 700}, {460, 100});
-    place(alex3, true, {100, 750}, {900, 730});
+    placeLean(alex3, false, {400, 700}, {460, 100});
+    placeLean(alex3, true, {100, 750}, {900, 730});
     const QString basis = QString::fromUtf8(dravik::label(dravik::LeanBasis::assumedLevel));
     EXPECT_TRUE(showsText(view, u"Alex: 7° · 2D wheel lean · "_s + basis +
                                     u" · Draft · Annotation sensitivity 6° to 8°"_s));
@@ -143,8 +138,8 @@ TEST_F(LeanPanelTest, TheEvidenceListsEachRiderAndItsApprovalNeedsFiveChecksOnUn
     EXPECT_TRUE(
         textStartingWith(view, u"Comparison unavailable. "_s).contains(u"Reference rider"_s))
         << "which photo lacks lines";
-    place(sam3, false, {400, 700}, {400, 100});
-    place(sam3, true, {100, 750}, {900, 750});
+    placeLean(sam3, false, {400, 700}, {400, 100});
+    placeLean(sam3, true, {100, 750}, {900, 750});
     model.activate(alex3);
     EXPECT_TRUE(
         showsText(view, u"Rider − Reference rider: +7° [+5°, +9°] annotation sensitivity"_s));
@@ -162,16 +157,14 @@ TEST_F(LeanPanelTest, TheEvidenceListsEachRiderAndItsApprovalNeedsFiveChecksOnUn
     }
     ASSERT_TRUE(approve->isEnabled());
     click(view, u"Approve this comparison"_s);
-    EXPECT_EQ(model.document()->leanPairContext("turn-3")->approvalDigest,
-              dravik::LeanAnalysis::evidenceDigest(*model.document(), *model.pair()));
     EXPECT_TRUE(approve->isChecked());
     const std::string digest =
         dravik::LeanAnalysis::evidenceDigest(*model.document(), *model.pair());
     EXPECT_TRUE(showsText(view, u"Approved · evidence "_s +
                                     QString::fromStdString(dravik::shortDigest(digest))));
 
-    // Reporting similar speed is a change of evidence: the approval goes, the note appears, and
-    // the status line says it went.
+    // Reporting similar speed is a change of evidence (a moved line too, see the model's tests):
+    // the approval goes, the note appears, and the status line says it went.
     click(view, u"Similar speed — user reported"_s);
     EXPECT_EQ(model.document()->leanPairContext("turn-3")->approvalDigest, std::nullopt);
     EXPECT_FALSE(approve->isChecked());
@@ -179,12 +172,6 @@ TEST_F(LeanPanelTest, TheEvidenceListsEachRiderAndItsApprovalNeedsFiveChecksOnUn
     EXPECT_TRUE(model.message().ends_with(" · Lean comparison approval withdrawn"));
     EXPECT_TRUE(showsText(view, u"Similar speed: user reported. Discuss the observation with "
                                 u"separately reviewed posture and turn context."_s));
-    // A moved line clears the checks too, but not the reported speed.
-    model.nudgeLean(1, 0);
-    for (const QString& check : checks)
-        EXPECT_FALSE(buttonNamed(view, check)->isChecked()) << check.toStdString();
-    EXPECT_FALSE(approve->isEnabled());
-    EXPECT_TRUE(buttonNamed(view, u"Similar speed — user reported"_s)->isChecked());
 }
 
 } // namespace tessary::test

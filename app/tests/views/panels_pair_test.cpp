@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "common/text_button.h"
-#include "common/text_format.h"
 #include "dravik/framing.h"
 #include "pair/frame_pane.h"
 #include "pair/pair_comparison_view.h"
@@ -46,14 +45,6 @@ class PairPanelTest : public ModelTest {
 };
 
 } // namespace
-
-TEST_F(PairPanelTest, NumbersKeepTheirSignAndOneDecimalOfZoom) {
-    EXPECT_EQ(signedWhole(3.4), u"+3"_s);
-    EXPECT_EQ(signedWhole(-0.4), u"-0"_s);
-    EXPECT_EQ(signedWhole(-12.6), u"-13"_s);
-    EXPECT_EQ(zoomText(2.5), u"2.5×"_s);
-    EXPECT_EQ(zoomText(1.0), u"1.0×"_s);
-}
 
 TEST_F(PairPanelTest, PanesFollowTheActivePairAndOnlyTheActiveOneIsMarked) {
     PairComparisonView view(model);
@@ -223,20 +214,6 @@ TEST_F(PairPanelTest, WithoutATurnDirectionTheHintReplacesBulletsAndKneesStay) {
     EXPECT_TRUE(showsText(view, QString::fromStdString("Evidence " + report.shortDigest() +
                                                        " · analyzer " + report.analyzerVersion +
                                                        " · rules " + report.ruleCatalogVersion)));
-}
-
-TEST_F(PairPanelTest, InLeanModeTheFeedbackCarriesTheEvidenceAndPrefersThePendingEdit) {
-    openBundled();
-    showFeedback();
-    const PairFeedbackView& view = *feedback;
-    EXPECT_FALSE(showsText(view, u"Wheel lean evidence"_s));
-    model.setLeanMode(true);
-    EXPECT_TRUE(showsText(view, u"Wheel lean evidence"_s));
-    model.beginLeanPlacement(false);
-    model.placeLean({100, 100}, alex3);
-    EXPECT_TRUE(showsText(view, u"Awaiting completion of edit"_s));
-    model.cancelInteraction();
-    EXPECT_EQ(textStartingWith(view, u"Revision "_s).endsWith(u"Unsaved"_s), model.isUnsaved());
 }
 
 } // namespace tessary::test

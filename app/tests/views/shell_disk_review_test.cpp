@@ -7,10 +7,7 @@
 #include "shell/review_menus.h"
 #include "views_fixture.h"
 
-#include <QAction>
 #include <QCloseEvent>
-#include <QMenu>
-#include <QMenuBar>
 #include <QMessageBox>
 #include <QProcess>
 #include <QPushButton>
@@ -79,23 +76,6 @@ class DiskReviewTest : public ShellTest {
         EXPECT_EQ(model.error(), std::nullopt);
     }
 
-    // Chooses a command from the menu bar with the mouse, as a reviewer does.
-    void choose(QAction* command) {
-        ASSERT_TRUE(command->isEnabled());
-        QMenuBar* bar = window.menuBar();
-        for (QAction* title : bar->actions()) {
-            QMenu* menu = title->menu();
-            if (!menu || !menu->actions().contains(command))
-                continue;
-            QTest::mouseClick(bar, Qt::LeftButton, {}, bar->actionGeometry(title).center());
-            ASSERT_TRUE(waitUntil([&] { return menu->isVisible(); }));
-            QTest::mouseClick(menu, Qt::LeftButton, {}, menu->actionGeometry(command).center());
-            QApplication::processEvents();
-            return;
-        }
-        FAIL() << "not in the menu bar: " << text(command->text());
-    }
-
     QString statusLine() { return textStartingWith(window, "Unsaved changes"); }
 
     // What the window system delivers when the title bar's close button is clicked; whether the
@@ -118,11 +98,11 @@ TEST_F(DiskReviewTest, ACopyKeepsTheWorkAndReloadTakesTheOtherWritersReviewAfter
     // The session's own review is never the copy's target; another file takes it whole.
     const fs::path copy = temp.path() / "kept.json";
     chooser->answers = {session.review(), copy};
-    choose(window.menus()->saveReviewCopy());
+    chooseFromMenu(window.menus()->saveReviewCopy());
     ASSERT_TRUE(model.error());
     EXPECT_NE(model.error()->find("is a file of the session"), std::string::npos);
     dismissAlert();
-    choose(window.menus()->saveReviewCopy());
+    chooseFromMenu(window.menus()->saveReviewCopy());
     EXPECT_EQ(dravik::ReviewStore::load(copy), *model.document());
     EXPECT_EQ(readText(session.review()), onDisk);
     EXPECT_EQ(model.message(),
@@ -130,7 +110,7 @@ TEST_F(DiskReviewTest, ACopyKeepsTheWorkAndReloadTakesTheOtherWritersReviewAfter
               "own review is still unsaved");
 
     // Reloading asks first; Cancel keeps the edits.
-    choose(window.menus()->reloadReview());
+    chooseFromMenu(window.menus()->reloadReview());
     QMessageBox* prompt = window.menus()->diskCommands()->reloadPrompt();
     ASSERT_NE(prompt, nullptr);
     EXPECT_EQ(text(prompt->text()), "Discard 1 unsaved edit and load the review saved on disk?");
@@ -138,7 +118,7 @@ TEST_F(DiskReviewTest, ACopyKeepsTheWorkAndReloadTakesTheOtherWritersReviewAfter
     EXPECT_TRUE(editOf(alex3, "right_knee"));
     EXPECT_EQ(model.unsavedEdits(), 1);
 
-    choose(window.menus()->reloadReview());
+    chooseFromMenu(window.menus()->reloadReview());
     answer(window.menus()->diskCommands()->reloadPrompt(), "Discard");
     EXPECT_EQ(model.document()->revision(), 2);
     EXPECT_EQ(editOf(alex3, "left_elbow")->point, (Point2{10, 10}));
@@ -160,7 +140,7 @@ TEST_F(DiskReviewTest, AMergeKeepsBothWritersWorkAndNeverOverwritesAThirdWriter)
     dismissAlert();
     const auto mine = model.snapshot()->documentPointer;
 
-    choose(window.menus()->mergeReview());
+    chooseFromMenu(window.menus()->mergeReview());
     MergeDialog* dialog = window.menus()->diskCommands()->mergeDialog();
     ASSERT_NE(dialog, nullptr);
     EXPECT_TRUE(dialog->keepTheirs(0)->isChecked());
@@ -180,7 +160,7 @@ TEST_F(DiskReviewTest, AMergeKeepsBothWritersWorkAndNeverOverwritesAThirdWriter)
     dismissAlert();
 
     // Merged again, keeping this window's nose: every writer's one-sided change survives.
-    choose(window.menus()->mergeReview());
+    chooseFromMenu(window.menus()->mergeReview());
     dialog = window.menus()->diskCommands()->mergeDialog();
     ASSERT_NE(dialog, nullptr);
     QTest::mouseClick(dialog->keepMine(0), Qt::LeftButton);

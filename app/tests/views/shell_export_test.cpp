@@ -5,27 +5,8 @@
 #include "views_fixture.h"
 
 #include <QAction>
-#include <QMenu>
-#include <QMenuBar>
-#include <QMessageBox>
 
 namespace tessary::test {
-
-namespace {
-
-// Chooses `action` from the window's File menu with the mouse, as a reviewer does.
-void chooseFromFileMenu(QMainWindow& window, QAction* action) {
-    QMenuBar* bar = window.menuBar();
-    QAction* fileMenu = bar->actions().front();
-    QMenu* file = fileMenu->menu();
-    QTest::mouseClick(bar, Qt::LeftButton, {}, bar->actionGeometry(fileMenu).center());
-    ASSERT_TRUE(waitUntil([&] { return file->isVisible(); }));
-    QTest::mouseClick(file, Qt::LeftButton, {}, file->actionGeometry(action).center());
-    ASSERT_TRUE(waitUntil([&] { return !file->isVisible(); }));
-    QApplication::processEvents();
-}
-
-} // namespace
 
 TEST_F(ShellTest, TheFileMenuExportsTheSavedReviewAndRefusesOneNotSaved) {
     QAction* report = window.menus()->exportCoachingReport();
@@ -43,14 +24,14 @@ TEST_F(ShellTest, TheFileMenuExportsTheSavedReviewAndRefusesOneNotSaved) {
     const fs::path out = temp.path() / "out";
     fs::create_directories(out);
     chooser->answers = {out / "turn-3"};
-    chooseFromFileMenu(window, report);
+    chooseFromMenu(report);
     EXPECT_EQ(model.error(), std::nullopt);
     EXPECT_EQ(chooser->offered.back(), session.folder / "coaching-report-turn-3.pdf");
     EXPECT_EQ(model.message(), "Coaching report exported to “turn-3.pdf” · 1 page");
     EXPECT_TRUE(readText(out / "turn-3.pdf").starts_with("%PDF-"));
 
     chooser->answers = {out / "joints.json"};
-    chooseFromFileMenu(window, coco);
+    chooseFromMenu(coco);
     EXPECT_EQ(model.error(), std::nullopt);
     EXPECT_EQ(model.message(), "Reviewed joints exported to “joints.json” · 1 keypoint on 1 "
                                "reviewed photo");
@@ -68,7 +49,7 @@ TEST_F(ShellTest, TheFileMenuExportsTheSavedReviewAndRefusesOneNotSaved) {
     ASSERT_TRUE(waitUntil([&] { return window.alert()->box() == nullptr; }));
     for (QAction* action : {report, coco}) {
         chooser->answers = {out / "unsaved"};
-        chooseFromFileMenu(window, action);
+        chooseFromMenu(action);
         EXPECT_EQ(model.error(), "The review on screen is not saved, so nothing was exported. "
                                  "Save the review, then export again.");
         ASSERT_TRUE(waitUntil([&] { return window.alert()->box() != nullptr; }));

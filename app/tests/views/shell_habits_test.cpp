@@ -4,15 +4,11 @@
 #include "joint_canvas_view.h"
 #include "pair/frame_pane.h"
 #include "shell/reviewer_view.h"
-#include "tessary/version.h"
 #include "views_fixture.h"
 #include "wheel.h"
 
-#include <QMenuBar>
-#include <QMessageBox>
 #include <QScrollArea>
 #include <QScrollBar>
-#include <QTimer>
 
 namespace tessary::test {
 
@@ -53,10 +49,7 @@ TEST_F(ShellTest, TheWheelOverAnUnfocusedPickerScrollsThePanelAndChangesNothing)
         section->setExpanded(true);
     QApplication::processEvents();
     const std::vector<QComboBox*> pickers = scrolledPickers(window);
-    QStringList names;
-    for (QComboBox* picker : pickers)
-        names << picker->accessibleName() + u"="_s + picker->currentText();
-    ASSERT_GE(pickers.size(), 3u) << text(names.join(u", "_s));
+    ASSERT_GE(pickers.size(), 3u);
     const std::string before = readText(session.review());
     const std::int64_t revision = model.document()->revision();
     for (QComboBox* picker : pickers) {
@@ -85,9 +78,7 @@ TEST_F(ShellTest, ADragOnTheInactivePaneCommitsOnceAndThePhotosStayPut) {
     model.setLeanMode(true);
     model.setCompare(true);
     model.activate(sam3);
-    model.beginLeanPlacement(false);
-    model.placeLean({400, 700}, sam3);
-    model.placeLean({400, 100}, sam3);
+    placeLean(sam3, false, {400, 700}, {400, 100});
     model.activate(alex3);
     QApplication::processEvents();
     ASSERT_EQ(model.activeFrameID(), alex3);
@@ -155,28 +146,6 @@ TEST_F(ShellTest, PageKeysStepThroughEveryPhotoAndCtrlKeysZoomAndQuit) {
     QTest::keyClick(&window, Qt::Key_Q, Qt::ControlModifier);
     QApplication::processEvents();
     EXPECT_FALSE(window.isVisible());
-}
-
-// Help ▸ About names the version, the detector and the licences.
-TEST_F(ShellTest, AboutTellsTheVersionTheDetectorAndTheLicence) {
-    QAction* about = nullptr;
-    for (QAction* title : window.menuBar()->actions())
-        if (QMenu* menu = title->menu())
-            for (QAction* command : menu->actions())
-                if (command->text() == u"&About Tessary"_s)
-                    about = command;
-    ASSERT_NE(about, nullptr);
-    QString shown;
-    QTimer::singleShot(0, &window, [&] {
-        if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
-            shown = box->text();
-            box->accept();
-        }
-    });
-    about->trigger();
-    EXPECT_TRUE(shown.contains(u"Tessary "_s + QString::fromLatin1(tessary::version)));
-    EXPECT_TRUE(shown.contains(u"dravik-batch"_s));
-    EXPECT_TRUE(shown.contains(u"Apache License 2.0"_s));
 }
 
 } // namespace tessary::test

@@ -59,23 +59,23 @@ TEST_F(ShellTest, ImportAFolderArrangeItsPhotosAsAPairAndCompareThem) {
     fs::create_directories(card);
     for (std::size_t i = 0; i < 2; ++i)
         fs::copy_file(photos[i], card / photos[i].filename());
-    writeText(card / "damaged.jpg", "\xff\xd8\xff\xe0 the rest of it never arrived");
     writeText(card / "IMG_0001.heic", "heic");
 
     chooser->answers.push_back(card);
     QTest::mouseClick(window.view()->sidebar()->importButton(), Qt::LeftButton);
     DiscoveryNotices& notices = *window.view()->discoveryNotices();
-    EXPECT_TRUE(waitUntil(
-        [&] { return notices.statusText()->text() == "Analysing 1 of 2 photos…"; }, 20000));
+    EXPECT_TRUE(
+        waitUntil([&] { return notices.statusText()->text() == "Analysing 1 of 2 photos…"; }));
     EXPECT_FALSE(window.view()->sidebar()->importButton()->isEnabled());
-    ASSERT_TRUE(waitUntil([&] { return model.document() != nullptr; }, 30000))
+    ASSERT_TRUE(waitUntil([&] { return model.document() != nullptr; }, std::chrono::seconds(30)))
         << model.error().value_or("");
     EXPECT_TRUE(notices.unusableGroup()->isVisible());
-    const QString unusable = notices.unusableText()->text();
-    EXPECT_TRUE(unusable.contains("“damaged.jpg”")) << text(unusable);
-    EXPECT_TRUE(unusable.contains("“IMG_0001.heic” is a HEIC/HEIF photo, which is not supported"));
+    EXPECT_TRUE(notices.unusableText()->text().contains("“IMG_0001.heic”"));
     ASSERT_EQ(model.document()->frames().size(), 2u);
     EXPECT_TRUE(window.view()->riderNotice()->isVisible());
+    EXPECT_EQ(text(window.view()->riderNotice()->text()),
+              "Automatically imported photo · confirm the intended rider before relying on joint "
+              "markers.");
 
     // The first photo is the rider, the second the reference rider, in a left turn.
     const std::string rider = model.document()->frames()[0].id;

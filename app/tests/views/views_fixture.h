@@ -8,13 +8,11 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QComboBox>
-#include <QElapsedTimer>
 #include <QLabel>
 #include <QListWidget>
+#include <QMenu>
+#include <QMenuBar>
 #include <QTest>
-#include <fstream>
-#include <functional>
-#include <iterator>
 #include <ostream>
 
 inline void PrintTo(const QString& text, std::ostream* out) {
@@ -25,29 +23,6 @@ namespace tessary::test {
 
 inline std::string text(const QString& value) {
     return value.toStdString();
-}
-
-// Runs queued work until `done` holds or the time is up.
-inline bool waitUntil(const std::function<bool()>& done, int milliseconds = 5000) {
-    QElapsedTimer clock;
-    clock.start();
-    while (!done()) {
-        if (clock.elapsed() > milliseconds)
-            return false;
-        QApplication::processEvents(QEventLoop::AllEvents, 10);
-        QTest::qWait(5);
-    }
-    return true;
-}
-
-inline void writeText(const fs::path& file, const std::string& content) {
-    fs::create_directories(file.parent_path());
-    std::ofstream(file, std::ios::binary | std::ios::trunc) << content;
-}
-
-inline std::string readText(const fs::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
 }
 
 inline std::string presetJson(const std::string& title, const std::string& manifest,
@@ -130,6 +105,24 @@ class ShellTest : public ModelTest {
         model.setLeanMode(false);
         QApplication::processEvents();
         return session;
+    }
+
+    // Chooses a command from the menu bar with the mouse, as a reviewer does.
+    void chooseFromMenu(QAction* command) {
+        ASSERT_TRUE(command->isEnabled());
+        QMenuBar* bar = window.menuBar();
+        for (QAction* title : bar->actions()) {
+            QMenu* menu = title->menu();
+            if (!menu || !menu->actions().contains(command))
+                continue;
+            QTest::mouseClick(bar, Qt::LeftButton, {}, bar->actionGeometry(title).center());
+            ASSERT_TRUE(waitUntil([&] { return menu->isVisible(); }));
+            QTest::mouseClick(menu, Qt::LeftButton, {}, menu->actionGeometry(command).center());
+            ASSERT_TRUE(waitUntil([&] { return !menu->isVisible(); }));
+            QApplication::processEvents();
+            return;
+        }
+        FAIL() << "not in the menu bar: " << text(command->text());
     }
 
     ReviewWindow window{model};
