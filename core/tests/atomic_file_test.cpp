@@ -39,6 +39,14 @@ TEST_F(AtomicFileTest, ReplacesContentKeepsModeAndLeavesOnlyTheFile) {
     EXPECT_EQ(fs::status(file).permissions(), fs::perms(0640)) << "a new file follows the umask";
 
     fs::permissions(file, fs::perms(0604));
+    // In pieces, more than one writev takes (IOV_MAX), empty ones among them.
+    std::vector<std::string> parts;
+    std::string whole;
+    for (int i = 0; i < 2500; ++i)
+        whole += parts.emplace_back(i % 7 == 0 ? "" : std::to_string(i) + ",");
+    const std::vector<std::string_view> pieces(parts.begin(), parts.end());
+    writeFileAtomically(file, pieces);
+    EXPECT_EQ(read(file), whole);
     writeFileAtomically(file, "{}");
     EXPECT_EQ(read(file), "{}");
     EXPECT_EQ(fs::status(file).permissions(), fs::perms(0604));
@@ -61,10 +69,16 @@ TEST_F(AtomicFileTest, ShortWriteNeverReplacesTheFile) {
     ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limited), 0);
     const std::string sentence =
         dravik::test::failureOf([&] { writeFileAtomically(file, std::string(250'000, 'x')); });
+    // Pieces cut off in the middle of one are refused the same way.
+    const std::string part(60'000, 'y');
+    const std::vector<std::string_view> pieces(5, part);
+    const std::string inPieces =
+        dravik::test::failureOf([&] { writeFileAtomically(file, pieces); });
     ::setrlimit(RLIMIT_FSIZE, &old);
     std::signal(SIGXFSZ, oldHandler);
     EXPECT_EQ(sentence, "\u201cjoint-review-abc.json\u201d could not be saved (File too large); "
                         "nothing on disk was changed.");
+    EXPECT_EQ(inPieces, sentence);
     EXPECT_EQ(read(file), "previous");
     EXPECT_EQ(names(), std::vector<std::string>{"joint-review-abc.json"});
 }

@@ -89,7 +89,7 @@ TEST_F(ReviewStoreSaveTest, ExpectedRevisionDecidesWhetherToWrite) {
                   true);
 
     ReviewStore::save(savedDocument(4, 2), file, 3);
-    EXPECT_EQ(ReviewStore::load(file), savedDocument(4, 2));
+    EXPECT_EQ(readText(file), ReviewStore::encode(savedDocument(4, 2))) << "written in pieces";
     EXPECT_EQ(entries(folder.path()), std::vector<std::string>{file.filename().string()});
 
     // A deleted file is written again, since nothing is overwritten.

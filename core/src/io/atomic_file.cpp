@@ -5,14 +5,18 @@
 #include "dravik/file_io.h"
 #include "io/io_failure.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <climits>
 #include <fcntl.h>
 #include <random>
 #include <sys/random.h>
 #include <sys/stat.h>
+#include <sys/uio.h>
 #include <system_error>
 #include <unistd.h>
+#include <vector>
 
 namespace dravik {
 
@@ -54,9 +58,15 @@ FileDescriptor openTemporary(const Folder& folder, const std::string& prefix,
 }
 
 // Returns 0 or the errno of the failure; a short write is continued, never committed.
-int writeAll(int fd, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t written = ::write(fd, bytes.data(), bytes.size());
+int writeAll(int fd, std::span<const std::string_view> pieces) {
+    std::vector<iovec> left;
+    for (std::string_view piece : pieces)
+        if (!piece.empty())
+            left.push_back({const_cast<char*>(piece.data()), piece.size()});
+    std::size_t next = 0;
+    while (next < left.size()) {
+        const auto count = static_cast<int>(std::min<std::size_t>(left.size() - next, IOV_MAX));
+        const ssize_t written = ::writev(fd, &left[next], count);
         if (written < 0) {
             if (errno == EINTR)
                 continue;
@@ -64,7 +74,13 @@ int writeAll(int fd, std::string_view bytes) {
         }
         if (written == 0)
             return ENOSPC; // a regular file that accepts nothing is full
-        bytes.remove_prefix(static_cast<std::size_t>(written));
+        auto done = static_cast<std::size_t>(written);
+        for (; next < left.size() && done >= left[next].iov_len; ++next)
+            done -= left[next].iov_len;
+        if (done > 0) {
+            left[next].iov_base = static_cast<char*>(left[next].iov_base) + done;
+            left[next].iov_len -= done;
+        }
     }
     return 0;
 }
@@ -93,7 +109,8 @@ std::string temporaryPrefix(const std::filesystem::path& path) {
     return "." + path.filename().string() + ".tmp-";
 }
 
-void writeFileAtomically(const Folder& folder, const std::string& name, std::string_view bytes) {
+void writeFileAtomically(const Folder& folder, const std::string& name,
+                         std::span<const std::string_view> pieces) {
     const std::filesystem::path path = folder.path() / name;
     struct stat existing {};
     const bool exists =
@@ -110,7 +127,7 @@ void writeFileAtomically(const Folder& folder, const std::string& name, std::str
     if (exists)
         ::fchmod(fd.get(), existing.st_mode & 07777); // best effort: a lost mode is no failure
 
-    int failure = writeAll(fd.get(), bytes);
+    int failure = writeAll(fd.get(), pieces);
     if (failure == 0)
         failure = syncData(fd.get());
     // Linux closes the descriptor even when close() reports EINTR, and the data is synced by now.
@@ -129,8 +146,17 @@ void writeFileAtomically(const Folder& folder, const std::string& name, std::str
                           "), so the change may not survive a power failure.");
 }
 
+void writeFileAtomically(const Folder& folder, const std::string& name, std::string_view bytes) {
+    writeFileAtomically(folder, name, std::span<const std::string_view>(&bytes, 1));
+}
+
 void writeFileAtomically(const std::filesystem::path& path, std::string_view bytes) {
     writeFileAtomically(folderOfFile(path), path.filename().string(), bytes);
+}
+
+void writeFileAtomically(const std::filesystem::path& path,
+                         std::span<const std::string_view> pieces) {
+    writeFileAtomically(folderOfFile(path), path.filename().string(), pieces);
 }
 
 void removeStaleTemporaries(const std::filesystem::path& path) {

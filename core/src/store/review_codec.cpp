@@ -5,6 +5,7 @@
 #include "lean/lean_json.h"
 #include "pairs/pairs_json.h"
 #include "store/known_reviews.h"
+#include "store/review_text.h"
 
 #include "json/document_io.h"
 #include "json/geometry_codec.h"
@@ -295,9 +296,8 @@ FrameTexts& frameTexts() {
 
 } // namespace
 
-// Pretty text byte for byte as one dump of the whole tree would give, assembled from the frames'
-// texts; the reader's checks run on every part before anything is returned.
-std::string ReviewStore::encode(const ReviewDocument& document) {
+// The reader's checks run on every part before anything is returned.
+ReviewText encodeReviewText(const ReviewDocument& document) {
     json::Json root = json::header(format, 1);
     root["identity"] = document.identity();
     root["revision"] = document.revision();
@@ -326,34 +326,50 @@ std::string ReviewStore::encode(const ReviewDocument& document) {
     std::set<std::pair<std::string, std::string>> pairRoles;
     std::vector<std::shared_ptr<const std::string>> frames;
     frames.reserve(document.frames().size());
-    std::size_t framesSize = 0;
     for (std::size_t i = 0; i < document.frames().size(); ++i) {
         const ReviewFrame& frame = document.frames()[i];
         admitFrame(frame, ids, pairRoles, [&](std::string_view key, const std::string& problem) {
             json::Node(root, source, framePath(i)).failMember(key, problem);
         });
         frames.push_back(frameTexts().text(frame, document.frameStamp(i), i));
-        framesSize += frames.back()->size() + 2;
     }
     readAnnotations(rootNode, document.frames());
 
-    const std::string text = json::dump(root, kind, json::Layout::pretty);
+    return {json::dump(root, kind, json::Layout::pretty), std::move(frames)};
+}
+
+std::vector<std::string_view> ReviewText::pieces() const {
     if (frames.empty())
-        return text;
-    // Assembled in one buffer of its final size: growing a string of megabytes piece by piece
-    // costs more than everything else a save does.
+        return {outline};
     constexpr std::string_view emptyFrames = "\n  \"frames\": []";
-    const std::size_t at = text.find(emptyFrames) + emptyFrames.size() - 2;
-    std::string out;
-    out.reserve(text.size() + framesSize + 4);
-    out.append(text, 0, at);
-    for (const auto& piece : frames) {
-        out += &piece == &frames.front() ? "[\n" : ",\n";
-        out += *piece;
+    const std::size_t at = outline.find(emptyFrames) + emptyFrames.size() - 2;
+    const std::string_view text = outline;
+    std::vector<std::string_view> parts{text.substr(0, at)};
+    for (const auto& frame : frames) {
+        parts.push_back(&frame == &frames.front() ? "[\n" : ",\n");
+        parts.push_back(*frame);
     }
-    out += "\n  ]";
-    out.append(text, at + 2);
+    parts.push_back("\n  ]");
+    parts.push_back(text.substr(at + 2));
+    return parts;
+}
+
+// Assembled in one buffer of its final size: growing a string of megabytes piece by piece costs
+// more than everything else a save does.
+std::string ReviewText::joined() const {
+    const std::vector<std::string_view> parts = pieces();
+    std::size_t size = 0;
+    for (std::string_view part : parts)
+        size += part.size();
+    std::string out;
+    out.reserve(size);
+    for (std::string_view part : parts)
+        out += part;
     return out;
+}
+
+std::string ReviewStore::encode(const ReviewDocument& document) {
+    return encodeReviewText(document).joined();
 }
 
 ReviewDocument ReviewStore::decode(std::string_view text, const std::string& fileLabel) {

@@ -6,6 +6,7 @@
 #include "io/io_failure.h"
 #include "store/file_lock.h"
 #include "store/known_reviews.h"
+#include "store/review_text.h"
 
 #include "json/json_reader.h"
 
@@ -41,7 +42,8 @@ std::optional<std::int64_t> revisionOnDisk(const std::filesystem::path& file) {
 // refusing would leave the reviewer's edits, now the only copy, with nowhere to go.
 void ReviewStore::save(const ReviewDocument& document, const std::filesystem::path& file,
                        std::optional<std::int64_t> expectedRevision) {
-    const std::string bytes = encode(document); // refuses a bad document before touching the disk
+    // Refuses a bad document before touching the disk.
+    const ReviewText text = encodeReviewText(document);
     const FileLock lock(file);
     // Every writer holds the lock, so any temporary of ours left now belongs to a dead writer.
     removeStaleTemporaries(file);
@@ -57,7 +59,7 @@ void ReviewStore::save(const ReviewDocument& document, const std::filesystem::pa
                                      " was changed elsewhere (revision " + std::to_string(*onDisk) +
                                      " on disk, " + std::to_string(*expectedRevision) +
                                      " expected); nothing was saved.");
-    writeFileAtomically(file, bytes);
+    writeFileAtomically(file, text.pieces());
     rememberWrittenReview(file, document.revision());
 }
 
