@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "common/text_button.h"
+#include "common/text_format.h"
 #include "dravik/framing.h"
 #include "pair/frame_pane.h"
 #include "pair/pair_comparison_view.h"
@@ -45,6 +46,15 @@ class PairPanelTest : public ModelTest {
 };
 
 } // namespace
+
+// A rounded value keeps the sign of what was measured, even when it rounds to zero.
+TEST_F(PairPanelTest, NumbersKeepTheirSignAndOneDecimalOfZoom) {
+    EXPECT_EQ(signedWhole(3.4), u"+3"_s);
+    EXPECT_EQ(signedWhole(-0.4), u"-0"_s);
+    EXPECT_EQ(signedWhole(-12.6), u"-13"_s);
+    EXPECT_EQ(zoomText(2.5), u"2.5×"_s);
+    EXPECT_EQ(zoomText(1.0), u"1.0×"_s);
+}
 
 TEST_F(PairPanelTest, PanesFollowTheActivePairAndOnlyTheActiveOneIsMarked) {
     PairComparisonView view(model);
