@@ -2,12 +2,15 @@
 #include "flat_scroll_bars.h"
 
 #include <QAbstractScrollArea>
+#include <QCoreApplication>
 #include <QPainter>
 #include <QPalette>
+#include <QPointer>
 #include <QProxyStyle>
 #include <QScrollBar>
 #include <QStyleOptionSlider>
 #include <algorithm>
+#include <map>
 
 namespace tessary {
 
@@ -79,8 +82,14 @@ class FlatScrollBarStyle : public QProxyStyle {
 } // namespace
 
 void useFlatScrollBars(QAbstractScrollArea& area, const QColor& groove) {
-    auto* style = new FlatScrollBarStyle(groove);
-    style->setParent(&area);
+    // One style per shade for the application: a proxy style builds a base style of its own, and
+    // a pane is made at every step to another photo.
+    static std::map<QRgb, QPointer<FlatScrollBarStyle>> styles;
+    QPointer<FlatScrollBarStyle>& style = styles[groove.rgba()];
+    if (!style) {
+        style = new FlatScrollBarStyle(groove);
+        style->setParent(QCoreApplication::instance());
+    }
     area.horizontalScrollBar()->setStyle(style);
     area.verticalScrollBar()->setStyle(style);
     // The square where the two bars meet, which would show the window's colour.
